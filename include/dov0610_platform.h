@@ -1,0 +1,228 @@
+/*
+ * dov0610_platform.h - the contract of the platform operations of libdov0610.so.
+ *
+ * The library calls the operations below through the dynamic symbol table. It comes with an
+ * implementation of each; a host process or a preloaded library that defines one of them under the
+ * same name replaces the one supplied here. Everything in this header has C linkage, default
+ * visibility and the symbol version platform_1.0.
+ */
+#ifndef DOV0610_PLATFORM_H
+#define DOV0610_PLATFORM_H
+
+#include <pthread.h>
+#include <stdint.h>
+#include <time.h>
+
+/* Marks a symbol that the shared library exports. */
+#define DOV0_EXPORT __attribute__((visibility("default")))
+
+/* No function of this library throws. */
+#ifdef __cplusplus
+#define DOV0_NOEXCEPT noexcept
+#else
+#define DOV0_NOEXCEPT
+#endif
+
+/* Lets the compiler check a message against its format. */
+#define DOV0_PRINTF_FORMAT(formatIndex, firstArgument)                                             \
+    __attribute__((format(printf, formatIndex, firstArgument)))
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/**
+ * @defgroup tracecontrol Trace control data
+ *
+ * One unit block per source file and one entry block per function, in static writable storage. The
+ * library fills them; the trace facility reads them and keeps its answers in the entry block.
+ * @{
+ */
+
+/** A tagged pointer of a unit block; see #TRC1_UnitTag. */
+typedef struct TRC1_Tag {
+    uint32_t tag;      /**< what value points at */
+    const void *value; /**< a constant of the library, never null before the end tag */
+} TRC1_Tag;
+
+/** What the entries of a unit block point at, in the order in which they stand. */
+typedef enum TRC1_UnitTag {
+    TRC1_TAG_FILE_NAME = 10,   /**< text: name of the source file, for example "dov0gsto" */
+    TRC1_TAG_COMPILE_DATE = 11, /**< text: "Mmm dd yyyy" */
+    TRC1_TAG_COMPILE_TIME = 8, /**< text: "hh:mm:ss" */
+    TRC1_TAG_COMPONENT = 6,    /**< text: component level tag, "DOV610" */
+    TRC1_TAG_CLASS = 1,        /**< text: class mark, "*" */
+    TRC1_TAG_END = 0           /**< ends the list; its value is the build information record */
+} TRC1_UnitTag;
+
+/** Trace control data of one source file. */
+typedef struct TRC1_UnitBlock {
+    int32_t format;      /**< layout of the block, 400 */
+    uint32_t flags;      /**< 0x83000000 */
+    TRC1_Tag entries[6]; /**< tags 10, 11, 8, 6, 1 and 0 */
+} TRC1_UnitBlock;
+
+/**
+ * Trace control data of one function.
+ *
+ * The library reads generationWord, level and generation with atomic operations and compares
+ * generation with the word that generationWord addresses; when they differ it calls TRC1_Sync().
+ */
+typedef struct TRC1_EntryBlock {
+    const TRC1_UnitBlock *unit;    /**< the source file's block */
+    const char *name;              /**< exported name of the function */
+    int32_t reserved;              /**< 0 */
+    int32_t nameLength;            /**< characters of name */
+    int32_t line;                  /**< source line where the function begins */
+    const int32_t *generationWord; /**< at first the file's own word; the facility may re-point it */
+    int32_t facilityFlags;         /**< private to the facility, 512 at start */
+    uint32_t level;                /**< cached trace level, 0 at start */
+    int32_t generation;            /**< cached generation, 0 at start: the first call synchronises */
+    int32_t facility[2];           /**< private to the facility, 0 */
+} TRC1_EntryBlock;
+
+/** @} */
+
+/**
+ * @defgroup trace Trace facility
+ *
+ * The supplied facility is configured by the environment, read once, or by TRC1_Configure():
+ *
+ * - DOV_TRACE: a comma-separated list of "selector=levels". The selector is a source file
+ *   ("dov0gsto"), a function ("DOV0_GetStorage"), or is missing together with its "=" to mean
+ *   everything. A function's entry wins over its file's, a file's over one for everything; of two
+ *   entries for the same the later wins. Levels are names joined by "+" (detail, storage, dump, state,
+ *   flow, error, config, all, none) or one number, decimal or with 0x. Unset or empty: nothing is traced.
+ *   A malformed piece is named once on the trace output; the rest of the list is used.
+ * - DOV_TRACE_FILE: the file to append to, opened close-on-exec; unset or empty: standard error.
+ * - DOV_TRACE_LIMIT: bound of that file in megabytes (2^20 bytes), a whole number above 0. The message that would
+ *   pass it is preceded by renaming the file with ".1" behind it and beginning it again. Unset: no bound.
+ *
+ * In a process that runs with raised privileges the three variables are ignored.
+ *
+ * A line is: UTC time to the microsecond, process id ":" thread id, source file ":" line, function,
+ * text. Each message is one write, so that messages of several processes on one file stay whole. Control
+ * characters inside a text are written as \\n, \\r or \\xNN, so that one message stays one line.
+ * No operation of the facility changes errno.
+ * @{
+ */
+
+/** Kinds of flow event for TRC1_Event(). */
+typedef enum TRC1_EventKind {
+    TRC1_EVENT_ENTRY = 0,     /**< a function was entered */
+    TRC1_EVENT_EXIT_VALUE = 1, /**< it returns a value: one intptr_t follows */
+    TRC1_EVENT_EXIT = 2       /**< it returns without a value */
+} TRC1_EventKind;
+
+/**
+ * Computes the level that applies now to the function of a block, stores it and then the current
+ * generation in the block, and returns the level. Any thread, also several at once for one block.
+ *
+ * @param block the function's entry block; not null
+ * @return the level bits (DOV0_TRACE_DETAIL and so on)
+ */
+DOV0_EXPORT uint32_t TRC1_Sync(TRC1_EntryBlock *block) DOV0_NOEXCEPT;
+
+/**
+ * Records a flow event: "entry", "exit" or "exit VALUE". A value within 32 bits is written in
+ * decimal, any other (a pointer) in hexadecimal. Any thread.
+ *
+ * @param block the function's entry block; not null
+ * @param line  source line of the event
+ * @param kind  one of #TRC1_EventKind; kind 1 is followed by one intptr_t
+ */
+DOV0_EXPORT void TRC1_Event(TRC1_EntryBlock *block, int32_t line, int32_t kind, ...) DOV0_NOEXCEPT;
+
+/**
+ * Writes one message. A line end at the end of the text is not doubled; a missing one is added. Any thread.
+ *
+ * @param block  the function's entry block; not null
+ * @param line   source line of the message
+ * @param format a printf format, followed by its arguments
+ */
+DOV0_EXPORT void TRC1_Printf(TRC1_EntryBlock *block, int32_t line, const char *format, ...) DOV0_NOEXCEPT
+    DOV0_PRINTF_FORMAT(3, 4);
+
+/**
+ * Writes memory as a dump of sixteen bytes a line, all lines together. Any thread.
+ *
+ * @param block      the function's entry block; not null
+ * @param line       source line of the dump
+ * @param address    the first byte; null writes no byte
+ * @param length     bytes to dump; 0 or less writes one line that says so
+ * @param itemFormat a printf format for one byte, given as unsigned int, for example "%02.2X"
+ */
+DOV0_EXPORT void TRC1_Dump(TRC1_EntryBlock *block, int32_t line, const void *address, int32_t length,
+                           const char *itemFormat) DOV0_NOEXCEPT;
+
+/**
+ * Changes the levels and the output while the process runs and advances the generation, so that
+ * every function takes up its new level at its next call. Any thread.
+ *
+ * @param levels a list as in DOV_TRACE; null or empty: nothing is traced
+ * @param file   a file as in DOV_TRACE_FILE; null or empty: standard error
+ * @return 0, or -1 with nothing changed when the list is malformed (the piece is named on the trace
+ *         output in effect) or the file cannot be opened
+ */
+DOV0_EXPORT int32_t TRC1_Configure(const char *levels, const char *file) DOV0_NOEXCEPT;
+
+/** @} */
+
+/**
+ * @defgroup services Basic services
+ * @{
+ */
+
+/**
+ * A plain, non-recursive lock. Zero-initialised static storage is an uninitialised lock.
+ * The fields belong to the platform layer.
+ */
+typedef struct PLT1_Lock {
+    pthread_mutex_t mutex;
+    int32_t initialized;
+} PLT1_Lock;
+
+/**
+ * Looks a variable up in the process environment. Any thread, as long as none changes the environment.
+ *
+ * @param name     the variable; not null
+ * @param reserved 0
+ * @return its value, not to be freed or changed, or null when it is not set
+ */
+DOV0_EXPORT const char *PLT1_GetEnv(const char *name, int32_t reserved) DOV0_NOEXCEPT;
+
+/** Initialises a lock in zeroed storage. On a lock that is initialised it does nothing. Any thread. */
+DOV0_EXPORT void PLT1_InitializeLock(PLT1_Lock *lock) DOV0_NOEXCEPT;
+
+/** Acquires a lock, waiting until it is free. Any thread that does not hold it. */
+DOV0_EXPORT void PLT1_GetLock(PLT1_Lock *lock) DOV0_NOEXCEPT;
+
+/** Releases a lock. The thread that holds it. */
+DOV0_EXPORT void PLT1_ReleaseLock(PLT1_Lock *lock) DOV0_NOEXCEPT;
+
+/**
+ * Runs a function exactly once in the process, however many threads call; every caller returns after it has run.
+ * The function must not come back with the same control word. Any thread.
+ *
+ * @param control    the control word, static, 0 at start; below 0 when the function has run
+ * @param function   what to run; not null
+ * @param argument   passed to it
+ * @param sourceFile the caller's source file, for the trace
+ * @param line       the caller's line
+ */
+DOV0_EXPORT void PLT1_InitializeOnce(int32_t *control, void (*function)(void *), void *argument,
+                                     const char *sourceFile, int32_t line) DOV0_NOEXCEPT;
+
+/** @return the calling thread's identifier: stable for its life, distinct between live threads, never 0 */
+DOV0_EXPORT int32_t PLT1_ThreadID(void) DOV0_NOEXCEPT;
+
+/** Stores the current wall-clock time. @param timeOut seconds since the epoch and nanoseconds; not null */
+DOV0_EXPORT void PLT1_GetTime(struct timespec *timeOut) DOV0_NOEXCEPT;
+
+/** @} */
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

@@ -1,0 +1,7 @@
+// Releases a lock.
+#include "dov0610_platform.h"
+
+extern "C" void PLT1_ReleaseLock(PLT1_Lock *lock) noexcept
+{
+    pthread_mutex_unlock(&lock->mutex);
+}

@@ -1,0 +1,136 @@
+// Writes trace messages to their file. Several processes may share the file: each message is one
+// write to a descriptor opened for appending, and a process that finds the file renamed follows.
+#include "foundation/trace_output.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
+
+namespace {
+
+constexpr int StandardError = 2;
+constexpr int PatienceInMilliseconds = 1000;
+
+// A named pipe without a reader fails instead of holding the process up; once open it may block as any file.
+int openToAppend(const char *fileName) noexcept
+{
+    const int opened = ::open(fileName, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, 0644);
+    if (opened >= 0) {
+        fcntl(opened, F_SETFL, fcntl(opened, F_GETFL) & ~O_NONBLOCK);
+    }
+    return opened;
+}
+
+// Whether the name still stands for the open file; another process may have renamed it.
+bool isStillNamed(int descriptor, const char *fileName) noexcept
+{
+    struct stat byDescriptor = {};
+    struct stat byName = {};
+    return fstat(descriptor, &byDescriptor) == 0 && stat(fileName, &byName) == 0 &&
+           byDescriptor.st_dev == byName.st_dev && byDescriptor.st_ino == byName.st_ino;
+}
+
+void renameWithSuffix(const char *fileName) noexcept
+{
+    static constexpr char Suffix[] = ".1";
+    const size_t length = std::strlen(fileName);
+    auto *newName = static_cast<char *>(std::malloc(length + sizeof Suffix));
+    if (newName != nullptr) {
+        std::memcpy(newName, fileName, length);
+        std::memcpy(newName + length, Suffix, sizeof Suffix);
+        std::rename(fileName, newName);
+        std::free(newName);
+    }
+}
+
+} // namespace
+
+bool TraceOutput::open(const char *fileName) noexcept
+{
+    if (fileName == nullptr || fileName[0] == '\0') {
+        close();
+        return true;
+    }
+    char *copy = strdup(fileName);
+    if (copy == nullptr) {
+        return false;
+    }
+    const int opened = openToAppend(fileName);
+    if (opened < 0) {
+        std::free(copy);
+        return false;
+    }
+    close();
+    descriptor = opened;
+    name = copy;
+    return true;
+}
+
+void TraceOutput::write(const char *text, size_t length) noexcept
+{
+    if (limit != 0 && name != nullptr) {
+        beginAgainIfFull(length);
+    }
+    while (length > 0) {
+        const ssize_t written = ::write(descriptor, text, length);
+        if (written >= 0) {
+            text += written;
+            length -= static_cast<size_t>(written);
+        } else if (errno == EAGAIN) {
+            pollfd waiting = {descriptor, POLLOUT, 0};
+            if (poll(&waiting, 1, PatienceInMilliseconds) <= 0) {
+                return;
+            }
+        } else if (errno != EINTR) {
+            return;
+        }
+    }
+}
+
+bool TraceOutput::isFullFile(size_t more) const noexcept
+{
+    struct stat status = {};
+    return fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) && status.st_size > 0 &&
+           static_cast<uint64_t>(status.st_size) + more > limit;
+}
+
+void TraceOutput::beginAgainIfFull(size_t more) noexcept
+{
+    if (!isFullFile(more)) {
+        return;
+    }
+    // The lock on the file keeps a second process from renaming the new file that this one begins.
+    flock(descriptor, LOCK_EX);
+    if (isStillNamed(descriptor, name)) {
+        renameWithSuffix(name);
+    }
+    const int opened = openToAppend(name);
+    flock(descriptor, LOCK_UN);
+    if (opened >= 0) {
+        ::close(descriptor);
+        descriptor = opened;
+    }
+}
+
+void TraceOutput::swap(TraceOutput &other) noexcept
+{
+    std::swap(descriptor, other.descriptor);
+    std::swap(name, other.name);
+}
+
+void TraceOutput::close() noexcept
+{
+    if (name != nullptr) {
+        ::close(descriptor);
+        std::free(name);
+    }
+    name = nullptr;
+    descriptor = StandardError;
+}

@@ -1,0 +1,140 @@
+// Puts trace lines together. When storage runs out a message is cut, never lost.
+#include "foundation/trace_text.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <unistd.h>
+
+const char *sourceFileOf(const TRC1_EntryBlock &block) noexcept
+{
+    if (block.unit != nullptr) {
+        for (const TRC1_Tag &entry : block.unit->entries) {
+            if (entry.tag == TRC1_TAG_FILE_NAME) {
+                return static_cast<const char *>(entry.value);
+            }
+        }
+    }
+    return "?";
+}
+
+TraceText::~TraceText()
+{
+    if (text != onStack) {
+        std::free(text);
+    }
+}
+
+bool TraceText::reserve(size_t more) noexcept
+{
+    if (more <= capacity - used) {
+        return true;
+    }
+    const size_t wanted = 2 * (used + more);
+    char *larger = static_cast<char *>(std::realloc(text != onStack ? text : nullptr, wanted));
+    if (larger == nullptr) {
+        return false;
+    }
+    if (text == onStack) {
+        std::memcpy(larger, onStack, used);
+    }
+    text = larger;
+    capacity = wanted;
+    return true;
+}
+
+void TraceText::beginLine(const TRC1_EntryBlock &block, int32_t line) noexcept
+{
+    timespec now = {};
+    clock_gettime(CLOCK_REALTIME, &now);
+    tm utc = {};
+    gmtime_r(&now.tv_sec, &utc);
+    append("%04d-%02d-%02dT%02d:%02d:%02d.%06ldZ %d:%d %s:%d %s ", utc.tm_year + 1900, utc.tm_mon + 1, utc.tm_mday,
+           utc.tm_hour, utc.tm_min, utc.tm_sec, static_cast<long>(now.tv_nsec / 1000), getpid(), gettid(),
+           sourceFileOf(block), line, block.name != nullptr ? block.name : "?");
+}
+
+void TraceText::append(const char *format, ...) noexcept
+{
+    va_list arguments;
+    va_start(arguments, format);
+    const int needed = std::vsnprintf(text + used, capacity - used, format, arguments);
+    va_end(arguments);
+    if (needed < 0) {
+        return;
+    }
+    const auto count = static_cast<size_t>(needed);
+    if (count >= capacity - used) {
+        if (!reserve(count + 1)) {
+            used = capacity - 1; // cut
+            return;
+        }
+        va_start(arguments, format);
+        std::vsnprintf(text + used, capacity - used, format, arguments);
+        va_end(arguments);
+    }
+    used += count;
+}
+
+void TraceText::appendMessage(const char *format, va_list arguments) noexcept
+{
+    char small[512];
+    char *message = small;
+    va_list again;
+    va_copy(again, arguments);
+    const int needed = std::vsnprintf(small, sizeof small, format, arguments);
+    size_t count = needed > 0 ? static_cast<size_t>(needed) : 0;
+    if (count >= sizeof small) {
+        auto *large = static_cast<char *>(std::malloc(count + 1));
+        if (large != nullptr) {
+            std::vsnprintf(large, count + 1, format, again);
+            message = large;
+        } else {
+            count = sizeof small - 1;
+        }
+    }
+    va_end(again);
+    if (count > 0 && message[count - 1] == '\n') {
+        --count;
+    }
+    appendVisible(message, count);
+    endLine();
+    if (message != small) {
+        std::free(message);
+    }
+}
+
+// One message stays one line whatever its values hold, so that no value can pass for a line of its own.
+void TraceText::appendVisible(const char *characters, size_t count) noexcept
+{
+    if (!reserve(4 * count + 1)) {
+        const size_t room = capacity - used;
+        count = room > 0 ? (room - 1) / 4 : 0;
+    }
+    for (size_t i = 0; i < count; ++i) {
+        const auto byte = static_cast<unsigned char>(characters[i]);
+        if (byte >= 0x20 && byte != 0x7F) {
+            text[used++] = characters[i];
+        } else if (byte == '\t') {
+            text[used++] = '\t';
+        } else {
+            text[used++] = '\\';
+            if (byte == '\n' || byte == '\r') {
+                text[used++] = byte == '\n' ? 'n' : 'r';
+            } else {
+                static constexpr char Digits[] = "0123456789ABCDEF";
+                text[used++] = 'x';
+                text[used++] = Digits[byte >> 4];
+                text[used++] = Digits[byte & 0x0F];
+            }
+        }
+    }
+}
+
+void TraceText::endLine() noexcept
+{
+    if (used == capacity && !reserve(1)) {
+        --used; // a line end matters more than the last character of a cut text
+    }
+    text[used++] = '\n';
+}

@@ -124,6 +124,20 @@ DOV0_EXPORT int32_t DOV0_IsValidPointer(const void *pointer) DOV0_NOEXCEPT;
  * @{
  */
 
+/**
+ * Turns the letters of a text into upper case, by the rules of the current locale for single bytes.
+ *
+ * @param text the text; changed in place when copy is 0, else only read
+ * @param copy 0 to change the text itself, any other value to leave it alone and make a copy
+ * @return text, or with copy set a new block owned by the caller and freed with DOV0_FreeStorage(); null
+ *         (with an error message) when text is null or empty or there is no storage for the copy
+ *
+ * Any thread, as long as no other one uses the text or changes the locale.
+ *
+ *     char *keyword = DOV0_ConvertStringToUpper(word, 1);
+ */
+DOV0_EXPORT char *DOV0_ConvertStringToUpper(char *text, int32_t copy) DOV0_NOEXCEPT;
+
 /** @} */
 
 /**

@@ -96,12 +96,158 @@ DOV0_EXPORT int32_t DOV0_IsValidPointer(const void *pointer) DOV0_NOEXCEPT;
  * @{
  */
 
+/** Bounds of DOV0_PutEnv(). */
+enum {
+    DOV0_ENV_MAX_LENGTH = 255 /**< longest name and longest value, in bytes without the terminator */
+};
+
+/**
+ * Looks a variable up: in the process environment, and where that does not define it among the variables
+ * that were set with DOV0_PutEnv(). An empty value counts as unset; an empty one of the process environment still
+ * hides a variable set with DOV0_PutEnv().
+ *
+ * Variables set with DOV0_PutEnv() have upper-case names and the name is compared as it is, so only an
+ * upper-case name finds one. Nothing is cached: each call sees the process environment of its moment.
+ *
+ * @param name         the variable; may be null, which gives null whatever the default
+ * @param defaultValue the result when the variable is unset or empty; may be null; stays the caller's
+ * @return the value, defaultValue, or null. Not to be changed or freed. A value set with DOV0_PutEnv() stays
+ *         valid for the life of the process and shows later updates
+ *
+ * Traces nothing on failure but, as a detail, that the variable is not set.
+ *
+ * Any thread, as long as none changes the process environment. A value that another thread updates with
+ * DOV0_PutEnv() at the same moment can be read half-written.
+ *
+ *     const char *path = DOV0_GetEnv("DOV_WORK_PATH", "/tmp");
+ */
+DOV0_EXPORT const char *DOV0_GetEnv(const char *name, const char *defaultValue) DOV0_NOEXCEPT;
+
+/**
+ * Sets a variable for DOV0_GetEnv() in this process. The process environment is not changed, and wins where
+ * it defines the same name. A variable can be updated, also to the empty text, but not removed.
+ *
+ * @param envString "name=value"; the text before the first "=" is the name, converted to upper case, and all
+ *                  after it the value, each of at most #DOV0_ENV_MAX_LENGTH bytes and possibly empty; copied.
+ *                  Null is reported like a text without "="
+ *
+ * A text without "=" and a name or value that is too long are reported as errors and nothing is stored;
+ * when there is no storage the error is that of DOV0_GetStorage(). An empty name is reported as an error by
+ * DOV0_ConvertStringToUpper() and stored all the same.
+ *
+ * Any thread.
+ *
+ *     DOV0_PutEnv("DOV_WORK_PATH=/var/tmp");
+ */
+DOV0_EXPORT void DOV0_PutEnv(const char *envString) DOV0_NOEXCEPT;
+
 /** @} */
 
 /**
  * @defgroup threads Threads, descriptors and the tokenizer
  * @{
  */
+
+/** How DOV0_CreateThread() leaves the thread. */
+typedef enum DOV0_DetachState {
+    DOV0_THREAD_JOINABLE = 0, /**< to be joined with pthread_join() */
+    DOV0_THREAD_DETACHED = 1  /**< its resources are given back when it ends */
+} DOV0_DetachState;
+
+/** Bounds of DOV0_strtok(). */
+enum {
+    DOV0_STRTOK_SLOTS = 256 /**< threads that can be in the middle of a text at the same time */
+};
+
+/**
+ * Initialises a mutex with default attributes.
+ *
+ * @param mutex the mutex, owned by the caller and not in use; null is reported as a failure (EINVAL)
+ *
+ * Each of the three steps that fails is reported as an error with its code; the others are still made.
+ *
+ * Any thread, one for each mutex.
+ */
+DOV0_EXPORT void DOV0_InitializeMutex(pthread_mutex_t *mutex) DOV0_NOEXCEPT;
+
+/**
+ * Initialises a condition variable with default attributes. Failures are not reported.
+ *
+ * @param condVar the condition variable, owned by the caller and not in use; nothing is done for null
+ *
+ * Any thread, one for each condition variable.
+ */
+DOV0_EXPORT void DOV0_InitializeCondVar(pthread_cond_t *condVar) DOV0_NOEXCEPT;
+
+/**
+ * Waits until a condition variable is signalled or a time has passed. Like any such wait it can also end
+ * for no reason, so the caller tests its condition again.
+ *
+ * @param condVar the condition variable; null gives EINVAL
+ * @param mutex   held by the caller, released during the wait and held again afterwards; null gives EINVAL
+ * @param seconds longest time to wait, by the wall clock; 0 or below only releases and takes the mutex
+ * @return 0 when signalled, ETIMEDOUT when the time has passed, else another error number
+ *
+ * Traces no failure: the result is for the caller to judge.
+ *
+ * Any thread that holds the mutex.
+ *
+ *     while (!ready && DOV0_ConditionTimedWait(&changed, &lock, 30) == 0) {
+ *     }
+ */
+DOV0_EXPORT int32_t DOV0_ConditionTimedWait(pthread_cond_t *condVar, pthread_mutex_t *mutex,
+                                            int32_t seconds) DOV0_NOEXCEPT;
+
+/**
+ * Creates a thread with default attributes.
+ *
+ * @param start       what the thread runs; null is reported as a thread that was not started (EINVAL)
+ * @param argument    passed to start; may be null
+ * @param detachState #DOV0_THREAD_JOINABLE or #DOV0_THREAD_DETACHED. Any other value is reported as an error,
+ *                    and the thread is created and detached all the same
+ * @param thread      where the thread's identity is stored; it must stay valid until this function returns. May be
+ *                    null when the identity is not wanted
+ * @return 0, or -1 when the thread was not started or detachState was neither of the two
+ *
+ * A thread that was not started is reported as an error with the system's error number, which is also in errno.
+ *
+ * Any thread.
+ */
+DOV0_EXPORT int32_t DOV0_CreateThread(void *(*start)(void *), void *argument, int32_t detachState,
+                                      pthread_t *thread) DOV0_NOEXCEPT;
+
+/**
+ * Marks a file descriptor close-on-exec, so that programs started by this process do not inherit it.
+ *
+ * @param fileDescriptor an open descriptor
+ * @return the result of setting the flags, 0 or -1 with errno set. Also 0 when the present flags could not be
+ *         read (the descriptor is not open, for example), which is reported as an error
+ *
+ * Any thread.
+ */
+DOV0_EXPORT int32_t DOV0_SetCloExecFlag(int32_t fileDescriptor) DOV0_NOEXCEPT;
+
+/**
+ * Splits a text into tokens, one per call, like strtok(), but with a position for each thread.
+ *
+ * A thread holds one of #DOV0_STRTOK_SLOTS slots from its first call for a text until the call that returns no
+ * token. A thread that begins another text before that uses its slot again; one that never reaches the
+ * end keeps it for good.
+ *
+ * @param text       the text to split, on the first call; it is changed in place, and stays the caller's. Null on
+ *                   the calls that continue it. Null without a text to continue gives null
+ * @param delimiters the bytes that separate tokens; they may differ from call to call. Null stands for none, so
+ *                   that the rest of the text is one token
+ * @return the next token, inside the text, or null when there is none left or when all slots are held by other
+ *         threads, which is reported as an error
+ *
+ * Any thread.
+ *
+ *     for (char *item = DOV0_strtok(list, ","); item != NULL; item = DOV0_strtok(NULL, ",")) {
+ *         use(item);
+ *     }
+ */
+DOV0_EXPORT char *DOV0_strtok(char *text, const char *delimiters) DOV0_NOEXCEPT;
 
 /** @} */
 

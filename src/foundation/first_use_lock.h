@@ -6,8 +6,9 @@
 
 #include <sched.h>
 
-class FirstUseLock {
-public:
+class FirstUseLock
+{
+  public:
     constexpr FirstUseLock() noexcept = default;
 
     // Returns once the lock is initialised, by this call or another.
@@ -21,13 +22,14 @@ public:
     void acquire() noexcept { PLT1_GetLock(&lock); }
     void release() noexcept { PLT1_ReleaseLock(&lock); }
 
-private:
+  private:
     enum State : int32_t { Untouched, InProgress, Ready };
 
     void initialize() noexcept
     {
         int32_t found = Untouched;
-        if (__atomic_compare_exchange_n(&state, &found, InProgress, false, __ATOMIC_ACQUIRE, __ATOMIC_ACQUIRE)) {
+        if (__atomic_compare_exchange_n(&state, &found, InProgress, false, __ATOMIC_ACQUIRE,
+                                        __ATOMIC_ACQUIRE)) {
             PLT1_InitializeLock(&lock);
             __atomic_store_n(&state, Ready, __ATOMIC_RELEASE);
             return;
@@ -42,14 +44,15 @@ private:
 };
 
 // Holds a lock for the length of a block.
-class LockHolder {
-public:
+class LockHolder
+{
+  public:
     explicit LockHolder(FirstUseLock &heldLock) noexcept : lock(heldLock) { lock.acquire(); }
     ~LockHolder() { lock.release(); }
     LockHolder(const LockHolder &) = delete;
     LockHolder &operator=(const LockHolder &) = delete;
 
-private:
+  private:
     FirstUseLock &lock;
 };
 

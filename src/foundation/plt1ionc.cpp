@@ -4,7 +4,8 @@
 
 #include <cstdint>
 
-namespace {
+namespace
+{
 
 constexpr int32_t Running = INT32_MAX;
 constexpr int32_t Done = -1;

@@ -5,7 +5,8 @@
 
 #include <unistd.h>
 
-namespace {
+namespace
+{
 
 constinit thread_local int32_t ownNumber = 0;
 constinit pthread_once_t forkHandlerControl = PTHREAD_ONCE_INIT;

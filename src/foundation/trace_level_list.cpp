@@ -13,7 +13,8 @@ struct TraceLevelList::Entry {
     uint32_t levels;
 };
 
-namespace {
+namespace
+{
 
 constexpr uint32_t AllLevels = DOV0_TRACE_DETAIL | DOV0_TRACE_STORAGE | DOV0_TRACE_DUMP | DOV0_TRACE_STATE |
                                DOV0_TRACE_FLOW | DOV0_TRACE_ERROR | DOV0_TRACE_CONFIGURATION;
@@ -24,10 +25,14 @@ struct LevelName {
 };
 
 constexpr LevelName LevelNames[] = {
-    {"detail", DOV0_TRACE_DETAIL}, {"storage", DOV0_TRACE_STORAGE},
-    {"dump", DOV0_TRACE_DUMP},     {"state", DOV0_TRACE_STATE},
-    {"flow", DOV0_TRACE_FLOW},     {"error", DOV0_TRACE_ERROR},
-    {"config", DOV0_TRACE_CONFIGURATION}, {"all", AllLevels},
+    {"detail", DOV0_TRACE_DETAIL},
+    {"storage", DOV0_TRACE_STORAGE},
+    {"dump", DOV0_TRACE_DUMP},
+    {"state", DOV0_TRACE_STATE},
+    {"flow", DOV0_TRACE_FLOW},
+    {"error", DOV0_TRACE_ERROR},
+    {"config", DOV0_TRACE_CONFIGURATION},
+    {"all", AllLevels},
     {"none", 0},
 };
 

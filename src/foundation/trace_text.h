@@ -10,8 +10,9 @@
 // The source file that a function's block names.
 const char *sourceFileOf(const TRC1_EntryBlock &block) noexcept;
 
-class TraceText {
-public:
+class TraceText
+{
+  public:
     TraceText() noexcept = default;
     ~TraceText();
     TraceText(const TraceText &) = delete;
@@ -34,7 +35,7 @@ public:
     const char *data() const noexcept { return text; }
     size_t length() const noexcept { return used; }
 
-private:
+  private:
     bool reserve(size_t more) noexcept;
     void appendVisible(const char *characters, size_t count) noexcept;
 

@@ -4,7 +4,8 @@
 
 #include <cstdio>
 
-namespace {
+namespace
+{
 
 constexpr int32_t BytesPerLine = 16;
 

@@ -1,6 +1,7 @@
 #include "support/trace_recorder.h"
 
-namespace {
+namespace
+{
 
 constexpr char Function[] = "DOV0_IsValidBlockPointer";
 

@@ -10,7 +10,8 @@
 
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
 
-namespace {
+namespace
+{
 
 struct Recorder {
     std::mutex lock;

@@ -6,9 +6,8 @@
 
 #include <sched.h>
 
-class FirstUseLock
-{
-  public:
+class FirstUseLock {
+public:
     constexpr FirstUseLock() noexcept = default;
 
     // Returns once the lock is initialised, by this call or another.
@@ -22,7 +21,7 @@ class FirstUseLock
     void acquire() noexcept { PLT1_GetLock(&lock); }
     void release() noexcept { PLT1_ReleaseLock(&lock); }
 
-  private:
+private:
     enum State : int32_t { Untouched, InProgress, Ready };
 
     void initialize() noexcept
@@ -44,15 +43,14 @@ class FirstUseLock
 };
 
 // Holds a lock for the length of a block.
-class LockHolder
-{
-  public:
+class LockHolder {
+public:
     explicit LockHolder(FirstUseLock &heldLock) noexcept : lock(heldLock) { lock.acquire(); }
     ~LockHolder() { lock.release(); }
     LockHolder(const LockHolder &) = delete;
     LockHolder &operator=(const LockHolder &) = delete;
 
-  private:
+private:
     FirstUseLock &lock;
 };
 

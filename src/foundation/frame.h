@@ -29,8 +29,7 @@ struct BuildInformation {
 extern const BuildInformation TheBuildInformation;
 
 // Trace level bits by their short names.
-namespace Trace
-{
+namespace Trace {
 constexpr uint32_t Detail = DOV0_TRACE_DETAIL;
 constexpr uint32_t Storage = DOV0_TRACE_STORAGE;
 constexpr uint32_t Dump = DOV0_TRACE_DUMP;
@@ -43,8 +42,7 @@ constexpr uint32_t Configuration = DOV0_TRACE_CONFIGURATION;
 // The trace control data of a source file and its one function, which must begin on the next line.
 // The date and time are those of the build description, not of the clock, so that builds repeat.
 #define TRACE_CONTROL(sourceFile, function)                                                                  \
-    namespace                                                                                                \
-    {                                                                                                        \
+    namespace {                                                                                              \
     constinit int32_t TRC1__INIT_ = 1;                                                                       \
     constinit char TRC1__D_[] = DOV0_BUILD_DATE;                                                             \
     constinit char TRC1__T_[] = DOV0_BUILD_TIME;                                                             \
@@ -66,9 +64,8 @@ constexpr uint32_t Configuration = DOV0_TRACE_CONFIGURATION;
     static_assert(true)
 
 // The trace level in force for one call of one function.
-class TraceLevel
-{
-  public:
+class TraceLevel {
+public:
     explicit TraceLevel(TRC1_EntryBlock &entryBlock) noexcept
         : theBlock(entryBlock),
           level(isCurrent(entryBlock) ? cachedLevel(entryBlock) : synchronise(entryBlock))
@@ -82,7 +79,7 @@ class TraceLevel
 
     TRC1_EntryBlock *block() const noexcept { return &theBlock; }
 
-  private:
+private:
     // The facility stores the level before the generation, so a current generation vouches for the level.
     static bool isCurrent(const TRC1_EntryBlock &entryBlock) noexcept
     {
@@ -108,9 +105,8 @@ class TraceLevel
 };
 
 // A trace level with entry and exit events. Each return goes through leave(), whose line it reports.
-class Frame : public TraceLevel
-{
-  public:
+class Frame : public TraceLevel {
+public:
     explicit Frame(TRC1_EntryBlock &entryBlock, int32_t line = __builtin_LINE()) noexcept
         : TraceLevel(entryBlock)
     {
@@ -144,7 +140,7 @@ class Frame : public TraceLevel
         return value;
     }
 
-  private:
+private:
     // Pointers are reported whole, numbers as 32 bits with their sign.
     template <typename Value> static intptr_t eventValue(Value value) noexcept
     {

@@ -4,8 +4,7 @@
 
 #include <cstdint>
 
-namespace
-{
+namespace {
 
 constexpr int32_t Running = INT32_MAX;
 constexpr int32_t Done = -1;

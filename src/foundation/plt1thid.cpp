@@ -5,8 +5,7 @@
 
 #include <unistd.h>
 
-namespace
-{
+namespace {
 
 constinit thread_local int32_t ownNumber = 0;
 constinit pthread_once_t forkHandlerControl = PTHREAD_ONCE_INIT;

@@ -9,8 +9,7 @@
 #include <cstdlib>
 #include <cstring>
 
-namespace
-{
+namespace {
 
 constinit pthread_mutex_t facilityLock = PTHREAD_MUTEX_INITIALIZER;
 constinit bool environmentWasRead = false;

@@ -13,9 +13,8 @@
 // Holds the facility for the length of a block; the first holder reads the environment. What the system's
 // functions leave in errno meanwhile is undone, since tracing must not change what its caller is about to
 // report.
-class TraceFacility
-{
-  public:
+class TraceFacility {
+public:
     TraceFacility() noexcept;
     ~TraceFacility();
     TraceFacility(const TraceFacility &) = delete;
@@ -30,16 +29,15 @@ class TraceFacility
     // Exchanges levels and output, and advances the generation.
     void take(TraceLevelList &levels, TraceOutput &output) noexcept;
 
-  private:
+private:
     void readEnvironment() noexcept;
 
     const int savedErrno = errno;
 };
 
 // Collects the malformed pieces of a level list for one report.
-class MalformedPieces
-{
-  public:
+class MalformedPieces {
+public:
     static void add(const TextPiece &piece, void *collection) noexcept;
 
     bool none() const noexcept { return used == 0; }
@@ -47,7 +45,7 @@ class MalformedPieces
     // Every piece in angle brackets, the list cut at the size of the buffer.
     const char *listed() const noexcept { return text; }
 
-  private:
+private:
     char text[512] = "";
     size_t used = 0;
 };

@@ -13,8 +13,7 @@ struct TraceLevelList::Entry {
     uint32_t levels;
 };
 
-namespace
-{
+namespace {
 
 constexpr uint32_t AllLevels = DOV0_TRACE_DETAIL | DOV0_TRACE_STORAGE | DOV0_TRACE_DUMP | DOV0_TRACE_STATE |
                                DOV0_TRACE_FLOW | DOV0_TRACE_ERROR | DOV0_TRACE_CONFIGURATION;

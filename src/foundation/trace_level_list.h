@@ -11,9 +11,8 @@ struct TextPiece {
     size_t length;
 };
 
-class TraceLevelList
-{
-  public:
+class TraceLevelList {
+public:
     constexpr TraceLevelList() noexcept = default;
 
     // Reads a list; null is an empty one. Malformed pieces are left out and handed to onMalformed one by
@@ -31,7 +30,7 @@ class TraceLevelList
     // Gives the storage back.
     void clear() noexcept;
 
-  private:
+private:
     struct Entry;
 
     Entry *entries = nullptr; // followed in the same block by the text that they point into

@@ -13,8 +13,7 @@
 #include <unistd.h>
 #include <utility>
 
-namespace
-{
+namespace {
 
 constexpr int StandardError = 2;
 constexpr int PatienceInMilliseconds = 1000;

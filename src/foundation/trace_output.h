@@ -5,9 +5,8 @@
 #include <cstddef>
 #include <cstdint>
 
-class TraceOutput
-{
-  public:
+class TraceOutput {
+public:
     constexpr TraceOutput() noexcept = default;
 
     // Opens a file to append to, or takes standard error for a null or empty name. On failure nothing
@@ -26,7 +25,7 @@ class TraceOutput
     // Gives the file back and takes standard error.
     void close() noexcept;
 
-  private:
+private:
     void beginAgainIfFull(size_t more) noexcept;
     bool isFullFile(size_t more) const noexcept;
 

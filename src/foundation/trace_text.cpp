@@ -6,8 +6,7 @@
 #include <cstring>
 #include <unistd.h>
 
-namespace
-{
+namespace {
 
 struct UniversalTime {
     int year;

@@ -10,9 +10,8 @@
 // The source file that a function's block names.
 const char *sourceFileOf(const TRC1_EntryBlock &block) noexcept;
 
-class TraceText
-{
-  public:
+class TraceText {
+public:
     TraceText() noexcept = default;
     ~TraceText();
     TraceText(const TraceText &) = delete;
@@ -35,7 +34,7 @@ class TraceText
     const char *data() const noexcept { return text; }
     size_t length() const noexcept { return used; }
 
-  private:
+private:
     bool reserve(size_t more) noexcept;
     void appendVisible(const char *characters, size_t count) noexcept;
 

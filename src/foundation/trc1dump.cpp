@@ -4,8 +4,7 @@
 
 #include <cstdio>
 
-namespace
-{
+namespace {
 
 constexpr int32_t BytesPerLine = 16;
 

@@ -8,8 +8,7 @@ constinit FirstUseLock WorkingStorageCounterLock;
 constinit std::atomic<int32_t> WorkingStorageCounterInitialized = 0;
 constinit double TotalWorkingStorage = 0;
 
-namespace
-{
+namespace {
 
 constexpr int32_t SlotsPerPage = 341;
 

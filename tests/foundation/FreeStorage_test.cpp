@@ -2,8 +2,7 @@
 
 #include <unistd.h>
 
-namespace
-{
+namespace {
 
 constexpr char Function[] = "DOV0_FreeStorage";
 

@@ -3,8 +3,7 @@
 
 #include <unistd.h>
 
-namespace
-{
+namespace {
 
 constexpr char Function[] = "DOV0_GetStorage";
 

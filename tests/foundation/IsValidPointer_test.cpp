@@ -1,7 +1,6 @@
 #include "support/trace_recorder.h"
 
-namespace
-{
+namespace {
 
 constexpr char Function[] = "DOV0_IsValidPointer";
 

@@ -70,8 +70,7 @@ TEST(Lock, MayBeInitializedAgainWhileItIsHeld)
     EXPECT_TRUE(entered);
 }
 
-namespace
-{
+namespace {
 
 std::atomic<int> runs = 0;
 int32_t innerControl = 0;

@@ -24,9 +24,8 @@ struct TraceLine {
     std::string text;
 };
 
-class TraceFile
-{
-  public:
+class TraceFile {
+public:
     TraceFile()
     {
         std::string pattern = (std::filesystem::temp_directory_path() / "dov0610-trace-XXXXXX").string();
@@ -90,7 +89,7 @@ class TraceFile
         return found;
     }
 
-  private:
+private:
     std::filesystem::path folder;
 };
 

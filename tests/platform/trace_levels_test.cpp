@@ -3,8 +3,7 @@
 
 #include <gmock/gmock.h>
 
-namespace
-{
+namespace {
 
 uint32_t levelUnder(const char *list, const char *file = "dov0gsto", const char *function = "DOV0_GetStorage")
 {

@@ -13,8 +13,7 @@
 
 using testing::ElementsAre;
 
-namespace
-{
+namespace {
 
 // The time that the clock shows, when it is not the true one.
 timespec shownTime = {};
@@ -31,8 +30,7 @@ extern "C" int clock_gettime(clockid_t clock, timespec *now) noexcept
     return static_cast<int>(syscall(SYS_clock_gettime, clock, now));
 }
 
-namespace
-{
+namespace {
 
 // A host function with a file to trace to.
 struct TraceOutput : testing::Test {

@@ -8,9 +8,8 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
-class GuardedBuffer
-{
-  public:
+class GuardedBuffer {
+public:
     // A buffer of this many bytes, each set to fill.
     explicit GuardedBuffer(size_t size, unsigned char fill = 0xA5) : length(size)
     {
@@ -40,7 +39,7 @@ class GuardedBuffer
     char *text() { return reinterpret_cast<char *>(start); }
     size_t size() const { return length; }
 
-  private:
+private:
     size_t length;
     size_t mapped = 0;
     unsigned char *base = nullptr;

@@ -14,8 +14,7 @@ void *__libc_calloc(size_t, size_t) __attribute__((weak));
 void *__libc_realloc(void *, size_t) __attribute__((weak));
 }
 
-namespace
-{
+namespace {
 
 // Plain thread-local numbers: nothing here may ask the heap for anything.
 thread_local bool counting = false;

@@ -15,15 +15,14 @@ void withoutHeap(const std::function<void()> &call);
 int heapRequestsOf(const std::function<void()> &call);
 
 // Takes the stand-ins of the tests themselves out of the count for the length of a block.
-class HeapFaultPause
-{
-  public:
+class HeapFaultPause {
+public:
     HeapFaultPause() noexcept;
     ~HeapFaultPause();
     HeapFaultPause(const HeapFaultPause &) = delete;
     HeapFaultPause &operator=(const HeapFaultPause &) = delete;
 
-  private:
+private:
     const bool wasCounting;
 };
 

@@ -10,8 +10,7 @@
 
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
 
-namespace
-{
+namespace {
 
 struct Recorder {
     std::mutex lock;

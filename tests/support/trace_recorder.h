@@ -17,8 +17,7 @@
 using TraceLog = std::vector<std::string>;
 
 // The level bits by their short names, unsigned so that they combine without warnings.
-namespace Trace
-{
+namespace Trace {
 constexpr uint32_t Detail = DOV0_TRACE_DETAIL;
 constexpr uint32_t Storage = DOV0_TRACE_STORAGE;
 constexpr uint32_t Dump = DOV0_TRACE_DUMP;

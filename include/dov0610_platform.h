@@ -178,8 +178,8 @@ DOV0_EXPORT int32_t TRC1_Configure(const char *levels, const char *file) DOV0_NO
  * The fields belong to the platform layer.
  */
 typedef struct PLT1_Lock {
-    pthread_mutex_t mutex;
-    int32_t initialized;
+    pthread_mutex_t mutex; /**< what the lock is made of */
+    int32_t initialized;   /**< 1 once the lock has been initialised */
 } PLT1_Lock;
 
 /**
@@ -191,13 +191,25 @@ typedef struct PLT1_Lock {
  */
 DOV0_EXPORT const char *PLT1_GetEnv(const char *name, int32_t reserved) DOV0_NOEXCEPT;
 
-/** Initialises a lock in zeroed storage. On a lock that is initialised it does nothing. Any thread. */
+/**
+ * Initialises a lock. Any thread.
+ *
+ * @param lock zeroed static storage, or a lock that is initialised already and stays as it is; not null
+ */
 DOV0_EXPORT void PLT1_InitializeLock(PLT1_Lock *lock) DOV0_NOEXCEPT;
 
-/** Acquires a lock, waiting until it is free. Any thread that does not hold it. */
+/**
+ * Acquires a lock, waiting until it is free. Any thread that does not hold it.
+ *
+ * @param lock an initialised lock; not null
+ */
 DOV0_EXPORT void PLT1_GetLock(PLT1_Lock *lock) DOV0_NOEXCEPT;
 
-/** Releases a lock. The thread that holds it. */
+/**
+ * Releases a lock. The thread that holds it.
+ *
+ * @param lock a lock that the calling thread holds; not null
+ */
 DOV0_EXPORT void PLT1_ReleaseLock(PLT1_Lock *lock) DOV0_NOEXCEPT;
 
 /**
@@ -213,10 +225,18 @@ DOV0_EXPORT void PLT1_ReleaseLock(PLT1_Lock *lock) DOV0_NOEXCEPT;
 DOV0_EXPORT void PLT1_InitializeOnce(int32_t *control, void (*function)(void *), void *argument,
                                      const char *sourceFile, int32_t line) DOV0_NOEXCEPT;
 
-/** @return the calling thread's identifier: stable for its life, distinct between live threads, never 0 */
+/**
+ * Identifies the calling thread.
+ *
+ * @return a number that is stable for the thread's life, distinct between live threads, and never 0
+ */
 DOV0_EXPORT int32_t PLT1_ThreadID(void) DOV0_NOEXCEPT;
 
-/** Stores the current wall-clock time. @param timeOut seconds since the epoch and nanoseconds; not null */
+/**
+ * Reads the wall clock.
+ *
+ * @param timeOut where seconds since the epoch and nanoseconds are stored; not null
+ */
 DOV0_EXPORT void PLT1_GetTime(struct timespec *timeOut) DOV0_NOEXCEPT;
 
 /** @} */

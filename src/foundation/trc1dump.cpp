@@ -9,7 +9,7 @@ namespace {
 constexpr int32_t BytesPerLine = 16;
 
 // Longer dumps are written in parts of about this size. The facility is held meanwhile.
-constexpr size_t LargestPart = 256 * 1024;
+constexpr size_t LargestPart = 1U << 18;
 
 void appendItem(TraceText &text, const char *itemFormat, unsigned char byte) noexcept
 {

@@ -28,7 +28,7 @@ void appendItem(TraceText &text, const char *itemFormat, unsigned char byte) noe
 } // namespace
 
 extern "C" void TRC1_Dump(TRC1_EntryBlock *block, int32_t line, const void *address, int32_t length,
-                          const char *itemFormat) noexcept
+                          const char *itemFormat)
 {
     const int savedErrno = errno;
     {

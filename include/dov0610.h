@@ -8,7 +8,8 @@
  *   says how an operator switches the trace.
  * - "Working storage" is what DOV0_GetStorage() gives out: zero-filled, and given back with
  *   DOV0_FreeStorage(). A result that is said to be owned by the caller is freed that way.
- * - A text is a zero-terminated sequence of bytes. Arguments must not be null unless it is said that they may be.
+ * - A text is a zero-terminated sequence of bytes. Arguments must not be null unless it is said that they may
+ * be.
  * - Lengths and sizes are in bytes unless another unit is named.
  */
 #ifndef DOV0610_H
@@ -29,12 +30,12 @@ extern "C" {
 
 /** Bits of a trace level: what a function writes to the trace. */
 typedef enum DOV0_TraceLevel {
-    DOV0_TRACE_DETAIL = 0x01,        /**< inputs, outputs and decisions */
-    DOV0_TRACE_STORAGE = 0x02,       /**< buffers allocated and freed */
-    DOV0_TRACE_DUMP = 0x0C,          /**< hex dumps of data; either bit of the pair is enough */
-    DOV0_TRACE_STATE = 0x10,         /**< intermediate results; also switches on the accounting of working storage */
-    DOV0_TRACE_FLOW = 0x40,          /**< entry and exit events */
-    DOV0_TRACE_ERROR = 0x80,         /**< failures */
+    DOV0_TRACE_DETAIL = 0x01,  /**< inputs, outputs and decisions */
+    DOV0_TRACE_STORAGE = 0x02, /**< buffers allocated and freed */
+    DOV0_TRACE_DUMP = 0x0C,    /**< hex dumps of data; either bit of the pair is enough */
+    DOV0_TRACE_STATE = 0x10, /**< intermediate results; also switches on the accounting of working storage */
+    DOV0_TRACE_FLOW = 0x40,  /**< entry and exit events */
+    DOV0_TRACE_ERROR = 0x80, /**< failures */
     DOV0_TRACE_CONFIGURATION = 0x100 /**< the report on the product specification */
 } DOV0_TraceLevel;
 
@@ -103,8 +104,8 @@ enum {
 
 /**
  * Looks a variable up: in the process environment, and where that does not define it among the variables
- * that were set with DOV0_PutEnv(). An empty value counts as unset; an empty one of the process environment still
- * hides a variable set with DOV0_PutEnv().
+ * that were set with DOV0_PutEnv(). An empty value counts as unset; an empty one of the process environment
+ * still hides a variable set with DOV0_PutEnv().
  *
  * Variables set with DOV0_PutEnv() have upper-case names and the name is compared as it is, so only an
  * upper-case name finds one. Nothing is cached: each call sees the process environment of its moment.
@@ -205,11 +206,12 @@ DOV0_EXPORT int32_t DOV0_ConditionTimedWait(pthread_cond_t *condVar, pthread_mut
  * @param argument    passed to start; may be null
  * @param detachState #DOV0_THREAD_JOINABLE or #DOV0_THREAD_DETACHED. Any other value is reported as an error,
  *                    and the thread is created and detached all the same
- * @param thread      where the thread's identity is stored; it must stay valid until this function returns. May be
- *                    null when the identity is not wanted
+ * @param thread      where the thread's identity is stored; it must stay valid until this function returns.
+ *                    May be null when the identity is not wanted
  * @return 0, or -1 when the thread was not started or detachState was neither of the two
  *
- * A thread that was not started is reported as an error with the system's error number, which is also in errno.
+ * A thread that was not started is reported as an error with the system's error number, which is also in
+ * errno.
  *
  * Any thread.
  */
@@ -230,16 +232,16 @@ DOV0_EXPORT int32_t DOV0_SetCloExecFlag(int32_t fileDescriptor) DOV0_NOEXCEPT;
 /**
  * Splits a text into tokens, one per call, like strtok(), but with a position for each thread.
  *
- * A thread holds one of #DOV0_STRTOK_SLOTS slots from its first call for a text until the call that returns no
- * token. A thread that begins another text before that uses its slot again; one that never reaches the
+ * A thread holds one of #DOV0_STRTOK_SLOTS slots from its first call for a text until the call that returns
+ * no token. A thread that begins another text before that uses its slot again; one that never reaches the
  * end keeps it for good.
  *
- * @param text       the text to split, on the first call; it is changed in place, and stays the caller's. Null on
- *                   the calls that continue it. Null without a text to continue gives null
- * @param delimiters the bytes that separate tokens; they may differ from call to call. Null stands for none, so
- *                   that the rest of the text is one token
- * @return the next token, inside the text, or null when there is none left or when all slots are held by other
- *         threads, which is reported as an error
+ * @param text       the text to split, on the first call; it is changed in place, and stays the caller's.
+ *                   Null on the calls that continue it. Null without a text to continue gives null
+ * @param delimiters the bytes that separate tokens; they may differ from call to call. Null stands for none,
+ *                   so that the rest of the text is one token
+ * @return the next token, inside the text, or null when there is none left or when all slots are held by
+ *         other threads, which is reported as an error
  *
  * Any thread.
  *

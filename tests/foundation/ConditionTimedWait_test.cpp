@@ -48,7 +48,7 @@ struct ConditionTimedWait : testing::Test {
 
 } // namespace
 
-extern "C" void PLT1_GetTime(timespec *timeOut) noexcept
+extern "C" void PLT1_GetTime(timespec *timeOut)
 {
     static auto *const supplied = reinterpret_cast<void (*)(timespec *)>(dlsym(RTLD_NEXT, "PLT1_GetTime"));
     if (pretendedTime != nullptr) {

@@ -62,7 +62,7 @@ std::string upper(std::string text)
 
 } // namespace
 
-extern "C" const char *PLT1_GetEnv(const char *name, int32_t reserved) noexcept
+extern "C" const char *PLT1_GetEnv(const char *name, int32_t reserved)
 {
     using LookUp = const char *(const char *, int32_t);
     static auto *const supplied = reinterpret_cast<LookUp *>(dlsym(RTLD_NEXT, "PLT1_GetEnv"));

@@ -143,7 +143,7 @@ std::string claimOf(Worker &worker, char *text)
 
 } // namespace
 
-extern "C" int32_t PLT1_ThreadID(void) noexcept
+extern "C" int32_t PLT1_ThreadID(void)
 {
     static auto *const supplied = reinterpret_cast<int32_t (*)()>(dlsym(RTLD_NEXT, "PLT1_ThreadID"));
     ++identityRequests;
@@ -473,8 +473,9 @@ std::string randomText(std::mt19937 &random, size_t longest)
     return text;
 }
 
-// Splits a text with this function and with the C library's, by delimiters that change from call to call. Some texts
-// are left before their end. Returns whether all tokens and the bytes left in both texts are the same.
+// Splits a text with this function and with the C library's, by delimiters that change from call to call.
+// Some texts are left before their end. Returns whether all tokens and the bytes left in both texts are the
+// same.
 bool agreesWithTheCLibrary(std::mt19937 &random)
 {
     const std::string text = randomText(random, 40);

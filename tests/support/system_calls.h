@@ -1,13 +1,14 @@
-// Looks over the library's shoulder when it calls the system: which thread and descriptor functions it calls, and
-// what it does when they fail.
+// Looks over the library's shoulder when it calls the system: which thread and descriptor functions it calls,
+// and what it does when they fail.
 //
 //     const SystemFault fault("pthread_create", EAGAIN);
 //     EXPECT_EQ(systemCallsOf([] { DOV0_CreateThread(start, nullptr, 0, &thread); }),
 //               (SystemCalls{"pthread_attr_init", "pthread_create joinable", "pthread_attr_destroy"}));
 //
-// The functions: pthread_mutexattr_init, pthread_mutex_init, pthread_mutexattr_destroy, pthread_condattr_init,
-// pthread_cond_init, pthread_condattr_destroy, pthread_cond_timedwait, pthread_attr_init, pthread_attr_destroy,
-// pthread_create, pthread_detach, and the commands "F_GETFD" and "F_SETFD" of fcntl.
+// The functions: pthread_mutexattr_init, pthread_mutex_init, pthread_mutexattr_destroy,
+// pthread_condattr_init, pthread_cond_init, pthread_condattr_destroy, pthread_cond_timedwait,
+// pthread_attr_init, pthread_attr_destroy, pthread_create, pthread_detach, and the commands "F_GETFD" and
+// "F_SETFD" of fcntl.
 #ifndef DOV0610_TESTS_SYSTEM_CALLS_H
 #define DOV0610_TESTS_SYSTEM_CALLS_H
 
@@ -17,7 +18,8 @@
 
 using SystemCalls = std::vector<std::string>;
 
-// The system functions that a call enters on the calling thread, oldest first, also those that are made to fail.
+// The system functions that a call enters on the calling thread, oldest first, also those that are made to
+// fail.
 SystemCalls systemCallsOf(const std::function<void()> &call);
 
 // Makes a system function fail on the calling thread for the length of a block: it does nothing, returns this

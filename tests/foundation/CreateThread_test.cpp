@@ -139,6 +139,7 @@ TEST(CreateThread, RunsAJoinableThread)
     });
     EXPECT_EQ(calls, (SystemCalls{"pthread_attr_init", "pthread_create joinable", "pthread_attr_destroy"}));
     EXPECT_EQ(log, (TraceLog{entry(Function), Joinable, destroying(log), leave(Function, intptr_t{0})}));
+    ASSERT_FALSE(HasFailure()); // nobody to wait for
     gate().awaitThread();
     EXPECT_EQ(detachStateOf(thread), PTHREAD_CREATE_JOINABLE);
     gate().release();
@@ -157,6 +158,7 @@ TEST(CreateThread, DetachesAThreadAfterItsCreation)
     EXPECT_EQ(calls, (SystemCalls{"pthread_attr_init", "pthread_create joinable", "pthread_detach",
                                   "pthread_attr_destroy"}));
     EXPECT_EQ(log, (TraceLog{entry(Function), Detached, destroying(log), leave(Function, intptr_t{0})}));
+    ASSERT_FALSE(HasFailure()); // nobody to wait for
     gate().awaitThread();
     EXPECT_EQ(detachStateOf(thread), PTHREAD_CREATE_DETACHED);
     gate().release();
@@ -175,6 +177,7 @@ TEST(CreateThread, CreatesAndDetachesAThreadOfAnInvalidState)
                                       "pthread_attr_destroy"}));
         EXPECT_EQ(log,
                   (TraceLog{entry(Function), invalidState(state), destroying(log), leave(Function, -1)}));
+        ASSERT_FALSE(HasFailure()); // nobody to wait for
         gate().awaitThread();
         EXPECT_EQ(detachStateOf(thread), PTHREAD_CREATE_DETACHED);
         gate().release();
@@ -264,6 +267,7 @@ TEST(CreateThread, GoesWithoutAttributesThatCannotBeInitialized)
             expected.push_back("pthread_detach");
         }
         EXPECT_EQ(calls, expected);
+        ASSERT_FALSE(HasFailure()); // nobody to wait for
         gate().awaitThread();
         EXPECT_EQ(detachStateOf(thread), state == 0 ? PTHREAD_CREATE_JOINABLE : PTHREAD_CREATE_DETACHED);
         gate().release();
@@ -304,6 +308,7 @@ TEST(CreateThread, RefusesANullStartRoutine)
 TEST(CreateThread, NeedsNoPlaceForTheIdentity)
 {
     EXPECT_EQ(DOV0_CreateThread(Gate::pass, &gate(), DOV0_THREAD_DETACHED, nullptr), 0);
+    ASSERT_FALSE(HasFailure()); // nobody to wait for
     gate().awaitThread();
     gate().release();
 }

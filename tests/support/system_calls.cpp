@@ -28,16 +28,57 @@ thread_local const SystemFault *innermostFault = nullptr;
     calls->push_back(text);
 }
 
-int failed(const SystemFault *fault)
-{
-    errno = fault->error;
-    return fault->result;
-}
+} // namespace
 
-// The function that the stand-in hides.
-template <typename Function> Function *system(const char *name)
+struct SystemFaults {
+    // Whether a function is to fail; if so, with which result, and errno is set.
+    static bool apply(const char *function, int &result)
+    {
+        for (const SystemFault *fault = innermostFault; fault != nullptr; fault = fault->outer) {
+            if (std::strcmp(fault->function, function) == 0) {
+                result = fault->result;
+                errno = fault->error;
+                return true;
+            }
+        }
+        return false;
+    }
+};
+
+namespace {
+
+// What a system function, or a sanitizer in its place, calls on its own account is not looked at either.
+class Pause {
+public:
+    Pause() noexcept : pausedCalls(calls), pausedFault(innermostFault)
+    {
+        calls = nullptr;
+        innermostFault = nullptr;
+    }
+    ~Pause()
+    {
+        calls = pausedCalls;
+        innermostFault = pausedFault;
+    }
+    Pause(const Pause &) = delete;
+    Pause &operator=(const Pause &) = delete;
+
+private:
+    SystemCalls *const pausedCalls;
+    const SystemFault *const pausedFault;
+};
+
+// Fails if that is asked for, else runs the function that the stand-in hides. It is looked up each time,
+// because a sanitizer calls some of these when it is not yet ready for a guarded static.
+template <typename... Arguments> int answer(const char *name, Arguments... arguments)
 {
-    return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
+    int result = 0;
+    if (SystemFaults::apply(name, result)) {
+        return result;
+    }
+    auto *const hidden = reinterpret_cast<int (*)(Arguments...)>(dlsym(RTLD_NEXT, name));
+    const Pause pause;
+    return hidden(arguments...);
 }
 
 const char *attributesShown(const void *attributes)
@@ -67,7 +108,7 @@ SystemCalls systemCallsOf(const std::function<void()> &call)
 }
 
 SystemFault::SystemFault(const char *failingFunction, int failingResult, int failingError)
-    : function(failingFunction), outer(innermostFault), result(failingResult), error(failingError)
+    : function(failingFunction), result(failingResult), error(failingError), outer(innermostFault)
 {
     innermostFault = this;
 }
@@ -77,64 +118,42 @@ SystemFault::~SystemFault()
     innermostFault = outer;
 }
 
-const SystemFault *faultOf(const char *function)
-{
-    const SystemFault *fault = innermostFault;
-    while (fault != nullptr && std::strcmp(fault->function, function) != 0) {
-        fault = fault->outer;
-    }
-    return fault;
-}
-
 extern "C" {
 
 int pthread_mutexattr_init(pthread_mutexattr_t *attributes) noexcept
 {
     record("pthread_mutexattr_init");
-    const SystemFault *fault = faultOf("pthread_mutexattr_init");
-    static auto *const real = system<int(pthread_mutexattr_t *)>("pthread_mutexattr_init");
-    return fault != nullptr ? failed(fault) : real(attributes);
+    return answer("pthread_mutexattr_init", attributes);
 }
 
 int pthread_mutex_init(pthread_mutex_t *mutex, const pthread_mutexattr_t *attributes) noexcept
 {
     record("pthread_mutex_init %s", attributesShown(attributes));
-    const SystemFault *fault = faultOf("pthread_mutex_init");
-    static auto *const real =
-        system<int(pthread_mutex_t *, const pthread_mutexattr_t *)>("pthread_mutex_init");
-    return fault != nullptr ? failed(fault) : real(mutex, attributes);
+    return answer("pthread_mutex_init", mutex, attributes);
 }
 
 int pthread_mutexattr_destroy(pthread_mutexattr_t *attributes) noexcept
 {
     record("pthread_mutexattr_destroy");
-    const SystemFault *fault = faultOf("pthread_mutexattr_destroy");
-    static auto *const real = system<int(pthread_mutexattr_t *)>("pthread_mutexattr_destroy");
-    return fault != nullptr ? failed(fault) : real(attributes);
+    return answer("pthread_mutexattr_destroy", attributes);
 }
 
 int pthread_condattr_init(pthread_condattr_t *attributes) noexcept
 {
     record("pthread_condattr_init");
-    const SystemFault *fault = faultOf("pthread_condattr_init");
-    static auto *const real = system<int(pthread_condattr_t *)>("pthread_condattr_init");
-    return fault != nullptr ? failed(fault) : real(attributes);
+    return answer("pthread_condattr_init", attributes);
 }
 
 int pthread_cond_init(pthread_cond_t *condVar, const pthread_condattr_t *attributes) noexcept
 {
     record("pthread_cond_init %s", attributesShown(attributes));
-    const SystemFault *fault = faultOf("pthread_cond_init");
-    static auto *const real = system<int(pthread_cond_t *, const pthread_condattr_t *)>("pthread_cond_init");
-    return fault != nullptr ? failed(fault) : real(condVar, attributes);
+    return answer("pthread_cond_init", condVar, attributes);
 }
 
 int pthread_condattr_destroy(pthread_condattr_t *attributes) noexcept
 {
     record("pthread_condattr_destroy");
-    const SystemFault *fault = faultOf("pthread_condattr_destroy");
-    static auto *const real = system<int(pthread_condattr_t *)>("pthread_condattr_destroy");
-    return fault != nullptr ? failed(fault) : real(attributes);
+    return answer("pthread_condattr_destroy", attributes);
 }
 
 // A point where a thread can be cancelled, so not noexcept.
@@ -142,44 +161,32 @@ int pthread_cond_timedwait(pthread_cond_t *condVar, pthread_mutex_t *mutex, cons
 {
     record("pthread_cond_timedwait until %lld.%09lld", static_cast<long long>(deadline->tv_sec),
            static_cast<long long>(deadline->tv_nsec));
-    const SystemFault *fault = faultOf("pthread_cond_timedwait");
-    static auto *const real =
-        system<int(pthread_cond_t *, pthread_mutex_t *, const timespec *)>("pthread_cond_timedwait");
-    return fault != nullptr ? failed(fault) : real(condVar, mutex, deadline);
+    return answer("pthread_cond_timedwait", condVar, mutex, deadline);
 }
 
 int pthread_attr_init(pthread_attr_t *attributes) noexcept
 {
     record("pthread_attr_init");
-    const SystemFault *fault = faultOf("pthread_attr_init");
-    static auto *const real = system<int(pthread_attr_t *)>("pthread_attr_init");
-    return fault != nullptr ? failed(fault) : real(attributes);
+    return answer("pthread_attr_init", attributes);
 }
 
 int pthread_attr_destroy(pthread_attr_t *attributes) noexcept
 {
     record("pthread_attr_destroy");
-    const SystemFault *fault = faultOf("pthread_attr_destroy");
-    static auto *const real = system<int(pthread_attr_t *)>("pthread_attr_destroy");
-    return fault != nullptr ? failed(fault) : real(attributes);
+    return answer("pthread_attr_destroy", attributes);
 }
 
 int pthread_create(pthread_t *thread, const pthread_attr_t *attributes, void *(*start)(void *),
                    void *argument) noexcept
 {
     record("pthread_create %s", detachStateShown(attributes));
-    const SystemFault *fault = faultOf("pthread_create");
-    static auto *const real =
-        system<int(pthread_t *, const pthread_attr_t *, void *(*)(void *), void *)>("pthread_create");
-    return fault != nullptr ? failed(fault) : real(thread, attributes, start, argument);
+    return answer("pthread_create", thread, attributes, start, argument);
 }
 
 int pthread_detach(pthread_t thread) noexcept
 {
     record("pthread_detach");
-    const SystemFault *fault = faultOf("pthread_detach");
-    static auto *const real = system<int(pthread_t)>("pthread_detach");
-    return fault != nullptr ? failed(fault) : real(thread);
+    return answer("pthread_detach", thread);
 }
 
 int fcntl(int descriptor, int command, ...)
@@ -189,15 +196,19 @@ int fcntl(int descriptor, int command, ...)
     va_start(arguments, command);
     void *word = va_arg(arguments, void *);
     va_end(arguments);
-    const SystemFault *fault = nullptr;
+    const char *fault = "";
     if (command == F_GETFD) {
+        fault = "F_GETFD";
         record("fcntl %d F_GETFD", descriptor);
-        fault = faultOf("F_GETFD");
     } else if (command == F_SETFD) {
+        fault = "F_SETFD";
         record("fcntl %d F_SETFD %d", descriptor, static_cast<int>(reinterpret_cast<intptr_t>(word)));
-        fault = faultOf("F_SETFD");
     }
-    static auto *const real = system<int(int, int, ...)>("fcntl");
-    return fault != nullptr ? failed(fault) : real(descriptor, command, word);
+    int result = 0;
+    if (SystemFaults::apply(fault, result)) {
+        return result;
+    }
+    auto *const hidden = reinterpret_cast<int (*)(int, int, ...)>(dlsym(RTLD_NEXT, "fcntl"));
+    return hidden(descriptor, command, word);
 }
 }

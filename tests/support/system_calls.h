@@ -32,14 +32,12 @@ public:
     SystemFault &operator=(const SystemFault &) = delete;
 
 private:
-    friend const SystemFault *faultOf(const char *function);
+    friend struct SystemFaults;
 
     const char *const function;
-    const SystemFault *const outer;
-
-public:
     const int result;
     const int error;
+    const SystemFault *const outer;
 };
 
 #endif

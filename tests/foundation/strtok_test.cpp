@@ -16,6 +16,7 @@ constexpr char Function[] = "DOV0_strtok";
 const char *const NoToken = nullptr;
 
 std::atomic<int> identityRequests = 0;
+std::atomic<int> lockRequests = 0;
 
 std::string found(int threadID, int index)
 {
@@ -148,6 +149,13 @@ extern "C" int32_t PLT1_ThreadID(void)
     static auto *const supplied = reinterpret_cast<int32_t (*)()>(dlsym(RTLD_NEXT, "PLT1_ThreadID"));
     ++identityRequests;
     return supplied();
+}
+
+extern "C" void PLT1_GetLock(PLT1_Lock *lock)
+{
+    static auto *const supplied = reinterpret_cast<void (*)(PLT1_Lock *)>(dlsym(RTLD_NEXT, "PLT1_GetLock"));
+    ++lockRequests;
+    supplied(lock);
 }
 
 TEST(strtok, GivesOneTokenPerCall)
@@ -312,6 +320,21 @@ TEST(strtok, AsksForTheThreadOnEachCall)
     EXPECT_EQ(identityRequests, 2);
     DOV0_strtok(nullptr, ",");
     EXPECT_EQ(identityRequests, 3);
+}
+
+TEST(strtok, TakesALockToClaimASlotAndToReleaseItOnly)
+{
+    const auto locksOf = [](char *text) {
+        lockRequests = 0;
+        DOV0_strtok(text, ",");
+        return lockRequests.load();
+    };
+    char text[] = "a,b";
+    char next[] = "x";
+    EXPECT_EQ(locksOf(text), 1);
+    EXPECT_EQ(locksOf(nullptr), 0);
+    EXPECT_EQ(locksOf(next), 0);
+    EXPECT_EQ(locksOf(nullptr), 1);
 }
 
 TEST(strtok, TakesNothingFromTheHeap)
@@ -522,6 +545,33 @@ TEST(strtok, AgreesWithTheCLibraryInManyThreads)
             }
             for (int round = 0; round < 500; ++round) {
                 wrong += agreesWithTheCLibrary(random) ? 0 : 1;
+            }
+        });
+    }
+    go = true;
+    for (std::thread &thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(wrong, 0);
+}
+
+// Two threads that both took one free slot for theirs would lose the second token.
+TEST(strtok, LosesNoTokenWhenThreadsClaimAndReleaseAllTheTime)
+{
+    std::atomic<bool> go = false;
+    std::atomic<int> wrong = 0;
+    std::vector<std::thread> threads;
+    for (int number = 0; number < 4; ++number) {
+        threads.emplace_back([&] {
+            while (!go) {
+            }
+            for (int round = 0; round < 200000; ++round) {
+                char text[] = "1,2";
+                DOV0_strtok(text, ",");
+                const char *second = DOV0_strtok(nullptr, ",");
+                if (second != text + 2 || DOV0_strtok(nullptr, ",") != nullptr) {
+                    ++wrong;
+                }
             }
         });
     }

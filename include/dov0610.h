@@ -104,8 +104,8 @@ enum {
 
 /**
  * Looks a variable up: in the process environment, and where that does not define it among the variables
- * that were set with DOV0_PutEnv(). An empty value counts as unset; an empty one of the process environment still
- * hides a variable set with DOV0_PutEnv().
+ * that were set with DOV0_PutEnv(). An empty value counts as unset; an empty one of the process environment
+ * still hides a variable set with DOV0_PutEnv().
  *
  * Variables set with DOV0_PutEnv() have upper-case names and the name is compared as it is, so only an
  * upper-case name finds one. Nothing is cached: each call sees the process environment of its moment.
@@ -206,11 +206,12 @@ DOV0_EXPORT int32_t DOV0_ConditionTimedWait(pthread_cond_t *condVar, pthread_mut
  * @param argument    passed to start; may be null
  * @param detachState #DOV0_THREAD_JOINABLE or #DOV0_THREAD_DETACHED. Any other value is reported as an error,
  *                    and the thread is created and detached all the same
- * @param thread      where the thread's identity is stored; it must stay valid until this function returns. May be
- *                    null when the identity is not wanted
+ * @param thread      where the thread's identity is stored; it must stay valid until this function returns.
+ *                    May be null when the identity is not wanted
  * @return 0, or -1 when the thread was not started or detachState was neither of the two
  *
- * A thread that was not started is reported as an error with the system's error number, which is also in errno.
+ * A thread that was not started is reported as an error with the system's error number, which is also in
+ * errno.
  *
  * Any thread.
  */
@@ -231,16 +232,16 @@ DOV0_EXPORT int32_t DOV0_SetCloExecFlag(int32_t fileDescriptor) DOV0_NOEXCEPT;
 /**
  * Splits a text into tokens, one per call, like strtok(), but with a position for each thread.
  *
- * A thread holds one of #DOV0_STRTOK_SLOTS slots from its first call for a text until the call that returns no
- * token. A thread that begins another text before that uses its slot again; one that never reaches the
+ * A thread holds one of #DOV0_STRTOK_SLOTS slots from its first call for a text until the call that returns
+ * no token. A thread that begins another text before that uses its slot again; one that never reaches the
  * end keeps it for good.
  *
- * @param text       the text to split, on the first call; it is changed in place, and stays the caller's. Null on
- *                   the calls that continue it. Null without a text to continue gives null
- * @param delimiters the bytes that separate tokens; they may differ from call to call. Null stands for none, so
- *                   that the rest of the text is one token
- * @return the next token, inside the text, or null when there is none left or when all slots are held by other
- *         threads, which is reported as an error
+ * @param text       the text to split, on the first call; it is changed in place, and stays the caller's.
+ *                   Null on the calls that continue it. Null without a text to continue gives null
+ * @param delimiters the bytes that separate tokens; they may differ from call to call. Null stands for none,
+ *                   so that the rest of the text is one token
+ * @return the next token, inside the text, or null when there is none left or when all slots are held by
+ *         other threads, which is reported as an error
  *
  * Any thread.
  *
@@ -361,7 +362,6 @@ DOV0_EXPORT void DOV0_SubValidNameCharacter(char *name) DOV0_NOEXCEPT;
 
 /** Size in bytes of a fully qualified file name, the terminator included. */
 #define DOV0_PATH_NAME_SIZE 512
-
 
 /**
  * Scrambles a text record in place so that it is unreadable at sight. Printable ASCII characters are
@@ -484,7 +484,6 @@ typedef enum DOV0_SourceType {
     DOV0_SOURCE_ASCII = 'A', /**< text in an ASCII code page */
     DOV0_SOURCE_EBCDIC = 'E' /**< text in EBCDIC */
 } DOV0_SourceType;
-
 
 /**
  * Brings characters from the network character set (EBCDIC code page 1047) into the local one (ASCII), in

@@ -258,6 +258,157 @@ DOV0_EXPORT char *DOV0_strtok(char *text, const char *delimiters) DOV0_NOEXCEPT;
  * @{
  */
 
+/**
+ * The values of the product specification by index. The names are those of the keywords in the file; the default is
+ * what an agent has when its file does not set the keyword. A packaged solution has no defaults but those for which
+ * it is said, and must set PRODUCT_CODE, NODE_TYPE, PRODUCT_NAME, AGENT_AFF_NAME, SUBNODE_AFF_NAME, DP_TO_START,
+ * DCH_PORT_NUMBER, DP_PORT_OFFSET, INITCNFG_FILE_NAME and DOVATBLS_FILE_NAME.
+ *
+ * The file: a first line that begins with "//PSF", then one record "KEYWORD=value" a line, each enciphered by
+ * DOV0_EncipherRecord() with its line end, the seed being its length in bytes times its number, from 1 for the line
+ * behind the first. Lines of more than 511 bytes count as several records. Keywords may be in lower case and must
+ * directly precede the "="; blanks before keyword and value are skipped. A value whose first word is "NO" or "N" in
+ * any case means no. An empty value says nothing. Of several records for a keyword the last one counts. Records
+ * that are none are reported in the trace and ignored. dovpsf compiles, prints and checks such files.
+ */
+typedef enum DOV0_ProductSpecIndex {
+    DOV0_PSF_PACKAGED_SOLUTION = 0, /**< "Y" for a product other than the agent; no keyword of the file */
+    DOV0_PSF_PRODUCT_CODE = 1, /**< required; "OV" is the agent itself, any other code a packaged solution */
+    DOV0_PSF_NODE_TYPE = 2,    /**< default "OA" */
+    DOV0_PSF_PRODUCT_NAME = 3, /**< default "Omnia Agent" */
+    DOV0_PSF_AGENT_AFF_NAME = 4, /**< affinity name of the agent; default the agent's own */
+    DOV0_PSF_AGENT_AFF_STRING =
+        5, /**< what #DOV0_PSF_AGENT_AFF_NAME stands for, 43 characters; no keyword of the file */
+    DOV0_PSF_SUBNODE_AFF_NAME =
+        6, /**< affinity name of the subnodes that data providers make; default the agent's own */
+    DOV0_PSF_SUBNODE_AFF_STRING =
+        7, /**< what #DOV0_PSF_SUBNODE_AFF_NAME stands for, 43 characters; no keyword of the file */
+    DOV0_PSF_SUBNODE_AFF_FEAT =
+        8, /**< 11 characters; default the agent's own, for a packaged solution eleven zeros */
+    DOV0_PSF_REGISTER_OAGENT = 9,               /**< switch, default yes */
+    DOV0_PSF_ENABLE_SNMP_TRAP = 10,             /**< switch, default yes; unset when off */
+    DOV0_PSF_ENABLE_SNMP_DISCOVERY = 11,        /**< switch, default yes */
+    DOV0_PSF_ENABLE_SNMP_MIBSTATUS = 12,        /**< switch, default yes; unset when off */
+    DOV0_PSF_ENABLE_DISCOVERY_DATA_UPDATE = 13, /**< switch, default yes */
+    DOV0_PSF_ENABLE_DPLOG = 14,                 /**< switch, default yes; unset when off */
+    DOV0_PSF_ENABLE_METAFILE_COMMANDS = 15,     /**< switch, default yes; unset when off */
+    DOV0_PSF_MANAGED_NETWORK_MS = 16,           /**< switch, default yes */
+    DOV0_PSF_DP_TO_START =
+        17, /**< in the file a list of codes ("SNMP,FILE"), afterwards of type numbers ("7,2") */
+    DOV0_PSF_METAFILES_TO_LOAD = 18,      /**< no default */
+    DOV0_PSF_SNMP_HOTLIST_TO_LOAD = 19,   /**< no default */
+    DOV0_PSF_SNMP_HOTLIST_TABLENAME = 20, /**< no default */
+    DOV0_PSF_DCH_PORT_NUMBER = 21,        /**< default "1919" */
+    DOV0_PSF_DP_PORT_OFFSET = 22,         /**< default "0" */
+    DOV0_PSF_INITCNFG_FILE_NAME =
+        23, /**< default "DOVPCNFG", or with an instance name "DOVPCNFG_" and that */
+    DOV0_PSF_TRAPCNFG_FILE_NAME =
+        24, /**< default "TRAPCNFG", or with an instance name "TRAPCNFG_" and that */
+    DOV0_PSF_SNMPCOMM_FILE_NAME =
+        25, /**< default "DOVSCOMM", or with an instance name "DOVSCOMM_" and that */
+    DOV0_PSF_SNMPLIST_FILE_NAME =
+        26, /**< default "DOVSLIST", or with an instance name "DOVSLIST_" and that */
+    DOV0_PSF_SNMPNAME_FILE_NAME =
+        27, /**< default "DOVSNAME", or with an instance name "DOVSNAME_" and that */
+    DOV0_PSF_SNMPNETS_FILE_NAME =
+        28, /**< default "DOVSNETS", or with an instance name "DOVSNETS_" and that */
+    DOV0_PSF_SNMPROUT_FILE_NAME =
+        29, /**< default "DOVSROUT", or with an instance name "DOVSROUT_" and that */
+    DOV0_PSF_SNMPMIBI_FILE_NAME =
+        30, /**< default "DOVSMIBI", or with an instance name "DOVSMIBI_" and that */
+    DOV0_PSF_DOVATBLS_FILE_NAME =
+        31, /**< default "DOVATBLS", or with an instance name "DOVATBLS_" and that */
+    DOV0_PSF_DOVPURLS_FILE_NAME =
+        32, /**< default "DOVPURLS", or with an instance name "DOVPURLS_" and that */
+    DOV0_PSF_INSTANCE_NAME =
+        33, /**< default the name passed to DOV0_InitializeProductSpec(), which also overrides the file */
+    DOV0_PSF_ENABLE_CONSOLE_COMMANDS = 34,  /**< switch, default yes */
+    DOV0_PSF_SUBNODE_APPEND_APIS = 35,      /**< no default */
+    DOV0_PSF_SUBNODE_APPEND_ASFS = 36,      /**< no default */
+    DOV0_PSF_SUBNODE_APPEND_FILE = 37,      /**< no default */
+    DOV0_PSF_SUBNODE_APPEND_HTTP = 38,      /**< no default */
+    DOV0_PSF_SUBNODE_APPEND_ODBC = 39,      /**< no default */
+    DOV0_PSF_SUBNODE_APPEND_POST = 40,      /**< no default */
+    DOV0_PSF_SUBNODE_APPEND_SCRP = 41,      /**< no default */
+    DOV0_PSF_SUBNODE_APPEND_SNMP = 42,      /**< no default */
+    DOV0_PSF_SUBNODE_APPEND_SOCK = 43,      /**< no default */
+    DOV0_PSF_ADD_SNMP_OBJECTINSTANCE = 44,  /**< switch; unset when off */
+    DOV0_PSF_ENABLE_GLOBALIZATION = 45,     /**< switch, default yes; unset when off */
+    DOV0_PSF_AGENT_VERSION = 46,            /**< exactly six digits */
+    DOV0_PSF_AGENT_LOCALE = 47,             /**< default the locale of the process */
+    DOV0_PSF_ENABLE_AUTOMATION_SERVER = 48, /**< switch, default yes; unset when off */
+    DOV0_PSF_RESERVED = 49                  /**< valid, always unset */
+} DOV0_ProductSpecIndex;
+
+/**
+ * Reads the product specification of the process and puts it into effect. The file is the one that
+ * DOV0_ConstructFullyQualifiedName() makes of the environment variables DOV_PRODSPEC_PATH (a directory with its "/"
+ * at the end; unset: the work directory) and DOV_PRODSPEC_NAME (unset: "DOVPSF"). A packaged solution may not be
+ * named "DOVPSF" by that variable.
+ *
+ * After a success further calls do nothing. A failed call may be repeated. With the configuration bit of the trace
+ * level on, the values in effect are reported; only then three switches of a packaged solution
+ * (#DOV0_PSF_ENABLE_CONSOLE_COMMANDS, #DOV0_PSF_ENABLE_GLOBALIZATION, #DOV0_PSF_ENABLE_AUTOMATION_SERVER) default to
+ * yes, and the switches marked "unset when off" that the file sets to no are unset.
+ *
+ * @param instanceName       name of this instance of the agent, null or empty for none; it is copied, and ignored for
+ *                           a packaged solution
+ * @param commonDataProvider 0 to read the file; any other value to read none and be the agent with its defaults
+ * @return 1 when a product specification is in effect; else 0, with the reason in the trace under the configuration
+ *         bit: the file cannot be opened or does not begin with "//PSF", there is no product code, a packaged
+ *         solution lacks required keywords or uses the agent's file name, the features are not 11 characters, an
+ *         affinity name is unknown. Exhausted storage (an error message) also leads to 0
+ *
+ * One thread, at start-up, before others use the library.
+ *
+ *     if (!DOV0_InitializeProductSpec("inst1", 0)) {
+ *         return EXIT_FAILURE;
+ *     }
+ */
+DOV0_EXPORT int32_t DOV0_InitializeProductSpec(const char *instanceName,
+                                               int32_t commonDataProvider) DOV0_NOEXCEPT;
+
+/**
+ * Gives a value of the product specification in effect.
+ *
+ * @param index one of #DOV0_ProductSpecIndex
+ * @return the value, owned by the library and neither freed nor changed by the caller; it is good until that value is
+ *         updated. Null when it is unset, and (with an error message) when the index is none or no product
+ *         specification is in effect. For #DOV0_PSF_INSTANCE_NAME the latter is a detail message, as it is asked
+ *         for early
+ *
+ * Any thread, while none updates the value.
+ *
+ *     const char *port = DOV0_QueryProductSpec(DOV0_PSF_DCH_PORT_NUMBER);
+ */
+DOV0_EXPORT const char *DOV0_QueryProductSpec(int32_t index) DOV0_NOEXCEPT;
+
+/**
+ * Changes a value of the product specification in effect.
+ *
+ * A text that begins with "N" turns off a switch marked "unset when off", which then reads as null. A keyword that
+ * still holds a default of yes, or no, takes over the first character of the text only. Any other keyword gets a copy
+ * of the text. The text that was replaced is freed.
+ *
+ * @param index    one of #DOV0_ProductSpecIndex; #DOV0_PSF_RESERVED is accepted without an error, and nothing changes
+ * @param newValue the new value; null changes nothing. It may be the value that is replaced
+ * @return 1 when the value was changed, else 0 (with an error message when the index is none, no product
+ *         specification is in effect or there is no storage; the value is then what it was)
+ *
+ * One thread, at start-up. With the detail bit on, standard output is flushed.
+ */
+DOV0_EXPORT int32_t DOV0_UpdateProductSpec(int32_t index, const char *newValue) DOV0_NOEXCEPT;
+
+/**
+ * Records how data providers are started, for console messages.
+ *
+ * @param mode 0 (as at start) when the agent framework shows messages; any other value when data providers run on
+ *             their own
+ *
+ * Any thread.
+ */
+DOV0_EXPORT void DOV0_SetDPstartMode(int32_t mode) DOV0_NOEXCEPT;
+
 /** @} */
 
 /**

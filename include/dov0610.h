@@ -594,7 +594,7 @@ DOV0_EXPORT int32_t DOV0_ExtractDataField(unsigned char **cursor, unsigned char 
  *
  * Any thread.
  */
-#if defined(__cplusplus) || (defined(__STDC_VERSION__) && __STDC_VERSION__ > 201710L)
+#if defined(__cplusplus) || (defined(__STDC_VERSION__) && __STDC_VERSION__ >= 202311L)
 DOV0_EXPORT int32_t DOV0_ExtractXMLfield(...) DOV0_NOEXCEPT;
 #else
 #pragma GCC diagnostic push

@@ -5,7 +5,7 @@
 #include <cstdint>
 
 // Writes the lowest count bytes of a value, most significant first, and returns where the next byte goes.
-inline unsigned char *storeBigEndian(unsigned char *target, uint64_t value, int32_t count) noexcept
+inline unsigned char *storeBigEndian(unsigned char *target, uint32_t value, int32_t count) noexcept
 {
     for (int32_t shift = 8 * (count - 1); shift >= 0; shift -= 8) {
         *target++ = static_cast<unsigned char>(value >> shift);

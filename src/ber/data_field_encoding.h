@@ -16,10 +16,10 @@ enum class DataEncoding {
     Int,     // integer of 4 bytes
     Long,    // integer of 4 bytes as well
     Counter, // integer of 2 or 4 bytes, a counter or gauge
-    Byte,
-    Raw,  // bytes as they are
-    Text, // bytes of a text without its terminator
-    Unknown
+    Byte,    // one byte
+    Raw,     // bytes as they are
+    Text,    // bytes of a text without its terminator
+    Unknown  // not a type that can be written
 };
 
 // The encoding of an attribute, for which the attribute type decides.

@@ -26,7 +26,7 @@ extern "C" int32_t DOV0_FormatBERoctetstringType(unsigned char **cursor, unsigne
     unsigned char *target = field;
     *target++ = tag;
     DOV0_FormatBERlengthField(&target, static_cast<uint32_t>(length));
-    std::memmove(target, data, static_cast<size_t>(length)); // the data may already be in the buffer
+    std::memmove(target, data, static_cast<size_t>(length)); // it may lie in the buffer already
     target += length;
     *cursor = target;
     const auto written = static_cast<int32_t>(target - field);

@@ -31,11 +31,11 @@ void PrintTo(const Decoded &decoded, std::ostream *out)
 
 Decoded decode(const Bytes &content)
 {
-    GuardedBuffer buffer(content.size());
-    std::copy(content.begin(), content.end(), buffer.bytes());
+    static GuardedBuffer buffer(96);
+    unsigned char *const start = buffer.bytes() + buffer.size() - content.size();
+    std::copy(content.begin(), content.end(), start);
     Decoded decoded;
-    uint32_t *array =
-        DOV0_DecodeOIDfromBER(buffer.bytes(), static_cast<int32_t>(content.size()), &decoded.count);
+    uint32_t *array = DOV0_DecodeOIDfromBER(start, static_cast<int32_t>(content.size()), &decoded.count);
     if (array != nullptr) {
         decoded.elements.emplace(array, array + decoded.count);
         DOV0_FreeStorage(&array);
@@ -142,7 +142,7 @@ TEST(DecodeOIDfromBER, AgreesWithTheModelOnAllShortContents)
 TEST(DecodeOIDfromBER, AgreesWithTheModelOnRandomContents)
 {
     std::mt19937 random(9);
-    for (int i = 0; i < 50000; ++i) {
+    for (int i = 0; i < 20000; ++i) {
         Bytes content(1 + random() % 96);
         const uint32_t continuations = static_cast<uint32_t>(random() % 100);
         for (unsigned char &byte : content) {

@@ -55,9 +55,8 @@ std::string hexadecimal(const unsigned char *bytes, size_t count)
 {
     std::string text;
     for (size_t i = 0; i < count; ++i) {
-        char pair[3];
-        std::snprintf(pair, sizeof pair, "%02X", static_cast<unsigned int>(bytes[i]));
-        text += pair;
+        text += "0123456789ABCDEF"[bytes[i] / 16];
+        text += "0123456789ABCDEF"[bytes[i] % 16];
     }
     return text;
 }
@@ -237,8 +236,8 @@ TEST(ExtractBERfield, ShowsTheLargestValueThatItReads)
     std::copy(header.begin(), header.end(), field.begin());
     const TraceLog log = traceOf(Function, Trace::Detail, [&] { Field read(field.data()); });
     ASSERT_EQ(log.size(), 3U);
-    const std::string expected = std::string(Function) + ": ASN1 type 04, Length 16777216, value <" +
-                                 hexadecimal(field.data() + 6, LargestShown) + ">\n";
+    const std::string expected = message(Function, "ASN1 type 04, Length 16777216, value <%s>\n",
+                                         hexadecimal(field.data() + 6, LargestShown).c_str());
     EXPECT_TRUE(log[2] == expected);
 }
 

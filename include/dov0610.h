@@ -613,15 +613,319 @@ DOV0_EXPORT void DOV0_CloseFile(FILE **stream) DOV0_NOEXCEPT;
 
 /**
  * @defgroup ber SNMP BER
+ *
+ * Writers and readers work on a cursor: the address of the caller's buffer pointer, which they move past what they
+ * write or read. None of them knows where the buffer ends. A writer's buffer must have room for the field, and a
+ * reader's caller compares lengths with what was received before a value is used; examples/ber_dump.cpp shows how.
+ *
+ *     unsigned char *end = buffer;                       // zero-filled, as working storage is
+ *     DOV0_FormatBERintegerType(&end, DOV0_ASN_INTEGER, 42);
+ *     DOV0_FormatBERoctetstringType(&end, DOV0_ASN_OCTETSTRING, name, nameLength);
  * @{
  */
+
+/** BER tags: the whole identifier octet. Multi-byte tag numbers are not supported. */
+typedef enum DOV0_ASN1tag {
+    DOV0_ASN_INTEGER = 0x02,
+    DOV0_ASN_OCTETSTRING = 0x04,
+    DOV0_ASN_NULL = 0x05,
+    DOV0_ASN_OBJECTIDENTIFIER = 0x06,
+    DOV0_ASN_SEQUENCE = 0x30
+} DOV0_ASN1tag;
+
+/** Bounds of the object identifier functions. */
+enum {
+    DOV0_OID_LARGEST_CONTENT = 96, /**< bytes of content that DOV0_DecodeOIDfromBER() takes */
+    DOV0_OID_LARGEST_COUNT = 97,   /**< entries of the array that it returns */
+    DOV0_OID_TEXT_SIZE = 1024      /**< bytes of the text that DOV0_ConvertOIDtoString() returns */
+};
+
+/**
+ * Writes a BER length field: one byte for lengths up to 127, else 0x82, 0x83 or 0x84 and that many bytes (0x81 is never
+ * written, so that 128 becomes 0x82 0x00 0x80).
+ *
+ * @param cursor address of the pointer to where the field goes; moved past it
+ * @param length the length to write, at least 1
+ * @return 1; or 0 with nothing written when length is 0, or (with an error message) when the pointer is null
+ *
+ * Any thread, as long as no other one uses the buffer.
+ */
+DOV0_EXPORT int32_t DOV0_FormatBERlengthField(unsigned char **cursor, uint32_t length) DOV0_NOEXCEPT;
+
+/**
+ * Writes a field with a signed integer in as many bytes as its magnitude needs. A negative value may take one byte more
+ * than it must, and INT32_MIN is written as one byte 0.
+ *
+ * @param cursor address of the pointer to where the field goes; moved past it
+ * @param tag    the field's tag, combined by OR with the byte that is there: a buffer that was not used before holds 0
+ * @param value  the integer
+ * @return bytes written, 3 to 6; 0 (with an error message) when the pointer is null
+ *
+ * Any thread, as long as no other one uses the buffer.
+ */
+DOV0_EXPORT int32_t DOV0_FormatBERintegerType(unsigned char **cursor, unsigned char tag, int32_t value) DOV0_NOEXCEPT;
+
+/**
+ * Writes a field that holds nothing: 0x05 0x00.
+ *
+ * @param cursor address of the pointer to where the field goes; moved past it
+ * @return bytes written, 2; 0 (with an error message) when the pointer is null
+ *
+ * Any thread, as long as no other one uses the buffer.
+ */
+DOV0_EXPORT int32_t DOV0_FormatBERnullType(unsigned char **cursor) DOV0_NOEXCEPT;
+
+/**
+ * Writes a field with bytes. An empty value cannot be written.
+ *
+ * @param cursor address of the pointer to where the field goes; moved past it
+ * @param tag    the field's tag
+ * @param data   the bytes; they stay the caller's
+ * @param length how many, 1 to INT32_MAX - 6
+ * @return bytes written; 0 (with an error message, and nothing written) when a pointer is null or the length is not in
+ *         its range
+ *
+ * Any thread, as long as no other one uses the buffer.
+ */
+DOV0_EXPORT int32_t DOV0_FormatBERoctetstringType(unsigned char **cursor, unsigned char tag, const unsigned char *data,
+                                                  int32_t length) DOV0_NOEXCEPT;
+
+/**
+ * Reads the tag and the length of a field and tells where its value is. Of the buffer only the tag and the length field
+ * are read; with the detail bit of the trace level on, the value is as well when it has up to 2^24 bytes.
+ *
+ * @param cursor    address of the pointer to the field; moved past the value, as far as the address space goes
+ * @param lengthOut receives the bytes of the value; may be null
+ * @param valueOut  receives where the value begins, null when its length is 0; may be null
+ * @return the tag; 0 (with an error message, and nothing stored) when the pointer is null
+ *
+ * A length field with more than 4 length bytes is skipped with an error message: the tag is returned, the length is 0.
+ * So is the length of the indefinite form (0x80), without a message. Any thread.
+ *
+ *     unsigned char *next = message, *value;
+ *     uint32_t length;
+ *     uint32_t tag = DOV0_ExtractBERfield(&next, &length, &value);
+ *     if (length > (size_t)(end - message) || next > end) { ... }   // cut off, or worse
+ */
+DOV0_EXPORT uint32_t DOV0_ExtractBERfield(unsigned char **cursor, uint32_t *lengthOut,
+                                          unsigned char **valueOut) DOV0_NOEXCEPT;
+
+/**
+ * Reads a field with an integer of up to 4 bytes. Fewer than 4 are taken without their sign (0x02 0x01 0xFF is 255);
+ * none are 0.
+ *
+ * @param cursor   address of the pointer to the field; moved past it, or left alone when it has another tag
+ * @param valueOut receives the integer; left alone on failure; may be null
+ * @return 1; 0 (with an error message) when the pointer is null, the tag is not #DOV0_ASN_INTEGER or the integer has
+ *         more than 4 bytes
+ *
+ * Any thread.
+ */
+DOV0_EXPORT int32_t DOV0_ExtractBERinteger(unsigned char **cursor, int32_t *valueOut) DOV0_NOEXCEPT;
+
+/**
+ * Names a tag: "ASN_INTEGER" and so on.
+ *
+ * @param tag the tag in the lowest byte; the others do not count
+ * @return the name, a constant; "UNKNOWN" for a tag that is not one of #DOV0_ASN1tag
+ *
+ * Any thread.
+ */
+DOV0_EXPORT const char *DOV0_GetASN1typeString(int32_t tag) DOV0_NOEXCEPT;
+
+/**
+ * Encodes an object identifier as a BER field.
+ *
+ * Elements are decimal numbers as strtoll() reads them, in the current locale's notion of white space; what is no number
+ * counts as 0, and several dots are as good as one. The first must be below 3 and the second below 40. Elements up to
+ * 2^35 - 1 are encoded whole, larger ones by their lower 35 bits, negative ones by their lowest byte. A text of a single
+ * element gives a field without a length, which no reader takes.
+ *
+ * @param text    for example "1.3.6.1.2.1.1.1.0"; null counts as empty
+ * @param berOut  receives a new block with tag, length and content, owned by the caller and freed with
+ *                DOV0_FreeStorage(); null on failure
+ * @param sizeOut receives its size in bytes; 0 on failure
+ * @return 1; 0 (with an error message) for an empty text, one without elements, a first or second element out of range,
+ *         a null argument or no storage
+ *
+ * Uses the calling thread's DOV0_strtok() and ends what the thread had begun with it. Any thread.
+ *
+ *     unsigned char *field;
+ *     int32_t size;
+ *     if (DOV0_FormatOIDfromString("1.3.6.1.2.1.1.1.0", &field, &size)) { ... DOV0_FreeStorage(&field); }
+ */
+DOV0_EXPORT int32_t DOV0_FormatOIDfromString(const char *text, unsigned char **berOut, int32_t *sizeOut) DOV0_NOEXCEPT;
+
+/**
+ * Decodes the content of an object identifier field, as DOV0_ExtractBERfield() finds it.
+ *
+ * @param content  the bytes after tag and length; the first holds the first two elements
+ * @param length   how many, 1 to #DOV0_OID_LARGEST_CONTENT
+ * @param countOut receives the number of elements; 0 on every failure
+ * @return a new array of #DOV0_OID_LARGEST_COUNT entries, owned by the caller and freed with DOV0_FreeStorage(). An
+ *         empty one (with a message and a dump of the content whatever the trace level) when the content is too long.
+ *         Null (with an error message) when an element has more than five bytes or is cut off, a pointer is null, length
+ *         is below 1 or there is no storage.
+ *
+ * Elements of five bytes that do not fit into 32 bits lose their upper bits. Any thread.
+ */
+DOV0_EXPORT uint32_t *DOV0_DecodeOIDfromBER(const unsigned char *content, int32_t length,
+                                            int32_t *countOut) DOV0_NOEXCEPT;
+
+/**
+ * Renders sub-identifiers as dotted text. They are printed as signed numbers.
+ *
+ * @param array the sub-identifiers; may be null when count is below 1
+ * @param count how many; below 1 gives an empty text
+ * @return a new text in a block of #DOV0_OID_TEXT_SIZE bytes, owned by the caller and freed with DOV0_FreeStorage(), cut
+ *         off where the block ends; null (with an error message) when array is null or there is no storage
+ *
+ * Any thread.
+ */
+DOV0_EXPORT char *DOV0_ConvertOIDtoString(const uint32_t *array, int32_t count) DOV0_NOEXCEPT;
 
 /** @} */
 
 /**
  * @defgroup datafields Typed data fields
+ *
+ * Records for the data collection host: a total length of 4 bytes that counts itself, and fields. A field is its length
+ * in 4 bytes, its type in 2, and data; its length counts those 6 bytes too. Integers are big-endian.
  * @{
  */
+
+/**
+ * Data type codes, by encoding and number. SHORT is an integer of 2 bytes, INT and LONG are of 4 (int16_t and int32_t in
+ * memory, signed or not), BYTE is one byte, RAW is bytes, TEXT is a text that travels without its terminator.
+ */
+typedef enum DOV0_DataType {
+    DOV0_DATA_NONE = 0, /**< accepted by the reader only */
+    DOV0_DATA_SHORT_16 = 16,
+    DOV0_DATA_SHORT_83 = 83,
+    DOV0_DATA_SHORT_112 = 112,
+    DOV0_DATA_SHORT_256 = 256,
+    DOV0_DATA_SHORT_257 = 257,
+    DOV0_DATA_INT_17 = 17,
+    DOV0_DATA_INT_64 = 64,
+    DOV0_DATA_INT_128 = 128,
+    DOV0_DATA_INT_288 = 288,
+    DOV0_DATA_INT_352 = 352,
+    DOV0_DATA_LONG_368 = 368,
+    DOV0_DATA_BYTE_48 = 48,
+    DOV0_DATA_RAW_18 = 18,
+    DOV0_DATA_RAW_82 = 82,
+    DOV0_DATA_TEXT_32 = 32,
+    DOV0_DATA_TEXT_33 = 33,
+    DOV0_DATA_TEXT_34 = 34,
+    DOV0_DATA_TEXT_35 = 35,
+    DOV0_DATA_TEXT_36 = 36,
+    DOV0_DATA_TEXT_40 = 40,
+    DOV0_DATA_TEXT_41 = 41,
+    DOV0_DATA_TEXT_80 = 80,
+    DOV0_DATA_TEXT_96 = 96,
+    DOV0_DATA_TEXT_144 = 144,
+    DOV0_DATA_TEXT_272 = 272,
+    DOV0_DATA_TEXT_304 = 304,
+    DOV0_DATA_TEXT_320 = 320,
+    DOV0_DATA_TEXT_336 = 336,
+    DOV0_DATA_TEXT_384 = 384,
+    DOV0_DATA_TEXT_400 = 400,
+    DOV0_DATA_ATTRIBUTE_81 = 81 /**< encoded as the attribute type says */
+} DOV0_DataType;
+
+/** Attribute types that make #DOV0_DATA_ATTRIBUTE_81 an integer; with any other it is bytes. */
+typedef enum DOV0_AttributeType {
+    DOV0_ATTRIBUTE_SHORT = 'S',           /**< an integer of 2 bytes */
+    DOV0_ATTRIBUTE_COUNTER = 'C',         /**< this and the others: an integer of 2 or 4 bytes, as its size says */
+    DOV0_ATTRIBUTE_GAUGE = 'G',
+    DOV0_ATTRIBUTE_NUMBER_A = 'A',
+    DOV0_ATTRIBUTE_NUMBER_QUESTION = '?',
+    DOV0_ATTRIBUTE_NUMBER_HASH = '#',
+    DOV0_ATTRIBUTE_NUMBER_PERCENT = '%'
+} DOV0_AttributeType;
+
+/** Bits of a sysServices value that DOV0_DetermineNodeServiceType() has a word for. */
+typedef enum DOV0_NodeService {
+    DOV0_SERVICE_REPEATERS = 1,
+    DOV0_SERVICE_BRIDGES = 2,
+    DOV0_SERVICE_GATEWAYS = 4,
+    DOV0_SERVICE_HOSTS = 8,
+    DOV0_SERVICE_APPLICATIONS = 64
+} DOV0_NodeService;
+
+/** Bytes of the text that DOV0_DetermineNodeServiceType() returns. */
+enum { DOV0_SERVICE_TEXT_SIZE = 64 };
+
+/**
+ * Writes a field behind the others of a record and adds its length to the total.
+ *
+ * @param totalLength the record's total length, 4 bytes at any alignment; set to 4 first when the field comes right
+ *                    behind it, which is how a record begins
+ * @param field       where the field goes, with room for it: 6 bytes and the data
+ * @param type        one of #DOV0_DataType but #DOV0_DATA_NONE. Any other value is a logic error: after an error message
+ *                    and a line on standard output, which is flushed, the process ends with abort().
+ * @param value       the value, in host order and at any alignment; a null text is written as an empty one
+ * @param size        bytes of the value for RAW types, counters and gauges; else not used. A counter of a size other than
+ *                    2 and 4 must still have 16 bytes, which are dumped to the trace.
+ * @param attrType    the attribute type, one of #DOV0_AttributeType or any other character; only for
+ *                    #DOV0_DATA_ATTRIBUTE_81, where null is no attribute type in particular
+ * @return bytes of the field: 6 (with an error message) when a counter has a size other than 2 and 4, the value is null
+ *         or its size below 0 or above INT32_MAX - 6; 0 (with an error message, and nothing written) when totalLength or
+ *         field is null
+ *
+ * Any thread, as long as no other one uses the record.
+ *
+ *     int32_t value = 5;
+ *     unsigned char record[64], *next = record + 4;
+ *     next += DOV0_FormatDataField(record, next, DOV0_DATA_INT_17, &value, sizeof value, NULL);
+ */
+DOV0_EXPORT int32_t DOV0_FormatDataField(void *totalLength, void *field, int32_t type, const void *value, int32_t size,
+                                         const char *attrType) DOV0_NOEXCEPT;
+
+/**
+ * Reads a field: tells where its data is and turns integers into host order, in place. An integer whose data has not the
+ * size of its type stays as it is. The end of the record is not known here.
+ *
+ * @param cursor    address of the pointer to the field; moved past it
+ * @param dataOut   receives where the data begins, at any alignment; may be null
+ * @param lengthOut receives the bytes of data; 0 for a field length below 6 or above INT32_MAX; may be null
+ * @param attrType  as for DOV0_FormatDataField()
+ * @return the type, whether known or not (an unknown one under a detail message); 0 (with an error message, and nothing
+ *         stored) when the pointer is null
+ *
+ * Reading a field twice would convert it twice. Any thread, as long as no other one uses the record.
+ */
+DOV0_EXPORT int32_t DOV0_ExtractDataField(unsigned char **cursor, unsigned char **dataOut, int32_t *lengthOut,
+                                          const char *attrType) DOV0_NOEXCEPT;
+
+/**
+ * Reserved: does nothing with any arguments.
+ *
+ * @return 0
+ *
+ * Any thread.
+ */
+#if defined(__cplusplus) || (defined(__STDC_VERSION__) && __STDC_VERSION__ >= 202311L)
+DOV0_EXPORT int32_t DOV0_ExtractXMLfield(...) DOV0_NOEXCEPT;
+#else
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wstrict-prototypes"
+DOV0_EXPORT int32_t DOV0_ExtractXMLfield();
+#pragma GCC diagnostic pop
+#endif
+
+/**
+ * Names the service layers of an SNMP sysServices value, joined by commas: 72 is "Applications,Hosts". A bit of
+ * #DOV0_NodeService is found by subtracting from the largest down, so that the values 16 and 32, which have no word,
+ * show as the smaller ones.
+ *
+ * @param services the value; below 1 is "Unspecified"
+ * @return a new text in a block of #DOV0_SERVICE_TEXT_SIZE bytes, owned by the caller and freed with DOV0_FreeStorage();
+ *         null (with an error message) when there is no storage
+ *
+ * Any thread.
+ */
+DOV0_EXPORT char *DOV0_DetermineNodeServiceType(int32_t services) DOV0_NOEXCEPT;
 
 /** @} */
 

@@ -24,7 +24,7 @@
 #endif
 
 /* Lets the compiler check a message against its format. */
-#define DOV0_PRINTF_FORMAT(formatIndex, firstArgument)                                             \
+#define DOV0_PRINTF_FORMAT(formatIndex, firstArgument)                                                       \
     __attribute__((format(printf, formatIndex, firstArgument)))
 
 #ifdef __cplusplus
@@ -47,12 +47,12 @@ typedef struct TRC1_Tag {
 
 /** What the entries of a unit block point at, in the order in which they stand. */
 typedef enum TRC1_UnitTag {
-    TRC1_TAG_FILE_NAME = 10,   /**< text: name of the source file, for example "dov0gsto" */
+    TRC1_TAG_FILE_NAME = 10,    /**< text: name of the source file, for example "dov0gsto" */
     TRC1_TAG_COMPILE_DATE = 11, /**< text: "Mmm dd yyyy" */
-    TRC1_TAG_COMPILE_TIME = 8, /**< text: "hh:mm:ss" */
-    TRC1_TAG_COMPONENT = 6,    /**< text: component level tag, "DOV610" */
-    TRC1_TAG_CLASS = 1,        /**< text: class mark, "*" */
-    TRC1_TAG_END = 0           /**< ends the list; its value is the build information record */
+    TRC1_TAG_COMPILE_TIME = 8,  /**< text: "hh:mm:ss" */
+    TRC1_TAG_COMPONENT = 6,     /**< text: component level tag, "DOV610" */
+    TRC1_TAG_CLASS = 1,         /**< text: class mark, "*" */
+    TRC1_TAG_END = 0            /**< ends the list; its value is the build information record */
 } TRC1_UnitTag;
 
 /** Trace control data of one source file. */
@@ -95,8 +95,8 @@ typedef struct TRC1_EntryBlock {
  *   flow, error, config, all, none) or one number, decimal or with 0x. Unset or empty: nothing is traced.
  *   A malformed piece is named once on the trace output; the rest of the list is used.
  * - DOV_TRACE_FILE: the file to append to, opened close-on-exec; unset or empty: standard error.
- * - DOV_TRACE_LIMIT: bound of that file in megabytes (2^20 bytes), a whole number above 0. The message that would
- *   pass it is preceded by renaming the file with ".1" behind it and beginning it again. Unset: no bound.
+ * - DOV_TRACE_LIMIT: bound of that file in megabytes (2^20 bytes), a whole number above 0. The message that
+ * would pass it is preceded by renaming the file with ".1" behind it and beginning it again. Unset: no bound.
  *
  * In a process that runs with raised privileges the three variables are ignored.
  *
@@ -109,9 +109,9 @@ typedef struct TRC1_EntryBlock {
 
 /** Kinds of flow event for TRC1_Event(). */
 typedef enum TRC1_EventKind {
-    TRC1_EVENT_ENTRY = 0,     /**< a function was entered */
+    TRC1_EVENT_ENTRY = 0,      /**< a function was entered */
     TRC1_EVENT_EXIT_VALUE = 1, /**< it returns a value: one intptr_t follows */
-    TRC1_EVENT_EXIT = 2       /**< it returns without a value */
+    TRC1_EVENT_EXIT = 2        /**< it returns without a value */
 } TRC1_EventKind;
 
 /**
@@ -201,8 +201,8 @@ DOV0_EXPORT void PLT1_GetLock(PLT1_Lock *lock) DOV0_NOEXCEPT;
 DOV0_EXPORT void PLT1_ReleaseLock(PLT1_Lock *lock) DOV0_NOEXCEPT;
 
 /**
- * Runs a function exactly once in the process, however many threads call; every caller returns after it has run.
- * The function must not come back with the same control word. Any thread.
+ * Runs a function exactly once in the process, however many threads call; every caller returns after it has
+ * run. The function must not come back with the same control word. Any thread.
  *
  * @param control    the control word, static, 0 at start; below 0 when the function has run
  * @param function   what to run; not null

@@ -21,7 +21,8 @@ constexpr int PatienceInMilliseconds = 1000;
 // A named pipe without a reader fails instead of holding the process up; once open it may block as any file.
 int openToAppend(const char *fileName) noexcept
 {
-    const int opened = ::open(fileName, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, 0644);
+    const int opened =
+        ::open(fileName, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, 0644);
     if (opened >= 0) {
         fcntl(opened, F_SETFL, fcntl(opened, F_GETFL) & ~O_NONBLOCK);
     }

@@ -264,6 +264,7 @@ DOV0_EXPORT char *DOV0_strtok(char *text, const char *delimiters) DOV0_NOEXCEPT;
  * @{
  */
 
+
 /** @} */
 
 /**
@@ -350,6 +351,103 @@ DOV0_EXPORT void DOV0_SubValidNameCharacter(char *name) DOV0_NOEXCEPT;
  * @defgroup base64 Base64
  * @{
  */
+
+/** A group of Base64: three bytes to encode, or four mapped characters to decode. */
+typedef struct DOV0_Base64Group {
+    unsigned char data[4]; /**< the bytes, of which three count, or the values of the characters */
+    int32_t count;         /**< how many of them are in use: 1 to 3, or 1 to 4 */
+} DOV0_Base64Group;
+
+/** Bytes that a text of this length needs as Base64, with the terminator. */
+#define DOV0_BASE64_ENCODED_SIZE(length) (((length) + 2) / 3 * 4 + 1)
+
+/** Bytes that Base64 text of this length needs when decoded, with the terminator. */
+#define DOV0_BASE64_DECODED_SIZE(length) (((length) + 3) / 4 * 3 + 1)
+
+/**
+ * Encodes a text into Base64: the alphabet and padding of RFC 4648, without line breaks.
+ *
+ * @param input  the text; null or empty is refused
+ * @param output address of a pointer to the caller's buffer of #DOV0_BASE64_ENCODED_SIZE(strlen(input))
+ *               bytes, which receives the result and its terminator. A pointer that is null is set to a new
+ *               block of that size, owned by the caller and freed with DOV0_FreeStorage(). The address itself
+ *               must not be null
+ * @return 1; or 0, with nothing written, for an empty input or a null argument (each with an error message),
+ *         or when the heap is exhausted
+ *
+ * Any thread.
+ *
+ *     char *encoded = NULL;
+ *     if (DOV0_EncodeBase64("Man", &encoded)) { // "TWFu"
+ *         DOV0_FreeStorage(&encoded);
+ *     }
+ */
+DOV0_EXPORT int32_t DOV0_EncodeBase64(const char *input, char **output) DOV0_NOEXCEPT;
+
+/**
+ * Encodes one group: writes four characters, of which a count of 1 pads the last two and a count of 2 the
+ * last.
+ *
+ * @param group  the bytes, those beyond the count 0; null is refused
+ * @param target receives four characters, no terminator; null is refused
+ *
+ * A null argument leaves an error message and nothing else. Any thread.
+ */
+DOV0_EXPORT void DOV0_EncodeToBuffer(const DOV0_Base64Group *group, char *target) DOV0_NOEXCEPT;
+
+/**
+ * Splits three bytes into four values of six bits, the highest bits first.
+ *
+ * @param sextets receives four bytes; null is refused
+ * @param bytes   three bytes; null is refused
+ *
+ * A null argument leaves an error message and nothing else. Any thread.
+ */
+DOV0_EXPORT void DOV0_EncodeRaw(unsigned char *sextets, const unsigned char *bytes) DOV0_NOEXCEPT;
+
+/**
+ * Decodes a Base64 text into a text.
+ *
+ * Whole groups of four characters of the alphabet are decoded as RFC 4648 has it. Everything else is not
+ * refused but decoded in a way of its own: '=' counts as the value 0xFF and a character outside the alphabet
+ * as 0xFE, neither of them cut to six bits ("QQ==" gives the bytes 0x41, 0x0F, 0xFF); the one to three
+ * characters of an incomplete last group are replaced by the first bytes of the result so far, mapped like
+ * characters. A character with its high bit set counts like the same one without it. A NUL among the decoded
+ * bytes ends the result.
+ *
+ * @param input  the text; null or empty is refused
+ * @param output address of a pointer to the caller's buffer of #DOV0_BASE64_DECODED_SIZE(strlen(input))
+ *               bytes, which receives the result and its terminator. A pointer that is null is set to a new
+ *               block of that size, owned by the caller and freed with DOV0_FreeStorage(). The address itself
+ *               must not be null
+ * @return 1; or 0, with nothing written, for an empty input or a null argument (each with an error message),
+ *         or when the heap is exhausted
+ *
+ * Any thread. At detail level the result so far is traced after each group, which takes its time for a long
+ * text.
+ */
+DOV0_EXPORT int32_t DOV0_DecodeBase64(const char *input, char **output) DOV0_NOEXCEPT;
+
+/**
+ * Decodes one group of mapped characters: writes three bytes, whatever the count.
+ *
+ * @param group  four values; null is refused
+ * @param target receives three bytes, no terminator; null is refused
+ *
+ * A null argument leaves an error message and nothing else. Any thread.
+ */
+DOV0_EXPORT void DOV0_DecodeToBuffer(const DOV0_Base64Group *group, char *target) DOV0_NOEXCEPT;
+
+/**
+ * Puts four values together to three bytes, in eight bits each: of the first two values all bits enter that
+ * fit, also those above the sixth.
+ *
+ * @param bytes   receives three bytes; null is refused
+ * @param sextets four values; null is refused
+ *
+ * A null argument leaves an error message and nothing else. Any thread.
+ */
+DOV0_EXPORT void DOV0_DecodeRaw(unsigned char *bytes, const unsigned char *sextets) DOV0_NOEXCEPT;
 
 /** @} */
 

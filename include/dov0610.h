@@ -264,6 +264,132 @@ DOV0_EXPORT char *DOV0_strtok(char *text, const char *delimiters) DOV0_NOEXCEPT;
  * @{
  */
 
+/** Sizes of timestamps and of the texts made of them, in bytes. */
+typedef enum DOV0_TimestampSize {
+    DOV0_TIMESTAMP_LENGTH = 16,     /**< characters of a timestamp */
+    DOV0_TIMESTAMP_SIZE = 17,       /**< a timestamp and its terminator */
+    DOV0_TIMESTAMP_BLOCK_SIZE = 20, /**< a new block that holds a timestamp */
+    DOV0_TIMESTAMP_TEXT_SIZE = 24,  /**< what DOV0_CorvelTimeToString() writes, with its terminator */
+    DOV0_WEEKDAY_MAX_LENGTH = 9     /**< the longest result of DOV0_CorvelTimeToWeekDay(), "Wednesday" */
+} DOV0_TimestampSize;
+
+/**
+ * Makes the timestamp of the present moment.
+ *
+ * A timestamp is sixteen decimal digits of local time without separators: years since 1900 (three digits),
+ * month, day, hour, minute and second (two digits each) and a sequence (three digits). Timestamps of the
+ * years 1900 to 2899 compare in time order byte by byte.
+ *
+ * @param buffer receives #DOV0_TIMESTAMP_SIZE bytes; null for a new block
+ * @return what DOV0_ConvertTimeToCorvelTime() returns for the present time and buffer
+ *
+ * Any thread, as long as none changes the environment: TZ is read at each call. Reports no entry and exit
+ * events.
+ */
+DOV0_EXPORT char *DOV0_GetCorvelTime(char *buffer) DOV0_NOEXCEPT;
+
+/**
+ * Makes the timestamp of a calendar time.
+ *
+ * The sequence is 000 for the first timestamp of a second. Further timestamps of the same second, without one
+ * for another second between them, rise by 10 to 100, by 5 to 400, by 3 to 802 and by 1 to 999, where they
+ * stay: it tells them apart and is no part of the clock's reading. A leap second is shown as second 00. A
+ * year that does not have three digits pushes the fields behind it to the right; the minute is cut off at its
+ * eleventh character.
+ *
+ * @param when   address of the time in seconds since the epoch; null is refused
+ * @param buffer receives #DOV0_TIMESTAMP_SIZE bytes; null for a new block
+ * @return buffer, or a new block of #DOV0_TIMESTAMP_BLOCK_SIZE bytes, owned by the caller and freed with
+ *         DOV0_FreeStorage(). Null, with nothing written, for a null time and for one whose year does not fit
+ *         into an int (each with an error message), and when the heap is exhausted
+ *
+ * Any thread, as long as none changes the environment: TZ is read at each call. Two threads may be given the
+ * same sequence while the second changes.
+ */
+DOV0_EXPORT char *DOV0_ConvertTimeToCorvelTime(const time_t *when, char *buffer) DOV0_NOEXCEPT;
+
+/**
+ * Reads the clock in milliseconds, for the difference between two readings.
+ *
+ * @return the milliseconds since the epoch in 32 bits: the value wraps about every 50 days, and may be
+ *         negative
+ *
+ * Any thread.
+ *
+ *     uint32_t elapsed = (uint32_t)DOV0_GetTimeOfDay() - (uint32_t)start;
+ */
+DOV0_EXPORT int32_t DOV0_GetTimeOfDay(void) DOV0_NOEXCEPT;
+
+/**
+ * Shows a calendar time in local time as "YYY/MM/DD-hh:mm:ss", where YYY is the years since 1900 in at least
+ * two digits: "126/11/16-05:58:43".
+ *
+ * @param when address of the time in seconds since the epoch; null for the present time
+ * @return a static text, not to be freed, that the next call overwrites. It is empty (with an error message)
+ *         for a time whose year does not fit into an int
+ *
+ * One thread at a time, and as long as none changes the environment: TZ is read at each call.
+ */
+DOV0_EXPORT char *DOV0_GetCurrentDayTime(const time_t *when) DOV0_NOEXCEPT;
+
+/**
+ * Renders a timestamp as "2026/11/16 05:58:43 010".
+ *
+ * The characters behind the year are copied unchecked; what a shorter timestamp lacks comes out as NUL
+ * characters, which the result counts like any other.
+ *
+ * @param timestamp the timestamp; of a longer text the first sixteen characters; null is refused
+ * @param out       receives #DOV0_TIMESTAMP_TEXT_SIZE bytes; null is refused
+ * @return the number of characters before the terminator, always 23; 0 (with an error message) for a null
+ *         argument
+ *
+ * Any thread.
+ */
+DOV0_EXPORT int32_t DOV0_CorvelTimeToString(const char *timestamp, char *out) DOV0_NOEXCEPT;
+
+/**
+ * Names the day of the week of a timestamp's date in English, for the years 1991 to 2003.
+ *
+ * The day is taken from 01 to 31 in every month: the 31st of February is three days after the 28th.
+ *
+ * @param timestamp the timestamp; the fields that a shorter text lacks are 0; null is refused
+ * @param out       receives the name WITHOUT a terminator, at most #DOV0_WEEKDAY_MAX_LENGTH bytes; null is
+ *                  refused
+ * @return the number of characters of the name; 0, with nothing written, for any other year, month or day,
+ *         and (with an error message) for a null argument
+ *
+ * Any thread.
+ *
+ *     char name[DOV0_WEEKDAY_MAX_LENGTH + 1];
+ *     name[DOV0_CorvelTimeToWeekDay("1030615120000000", name)] = '\0'; // "Sunday"
+ */
+DOV0_EXPORT int32_t DOV0_CorvelTimeToWeekDay(const char *timestamp, char *out) DOV0_NOEXCEPT;
+
+/**
+ * Makes a timestamp of a date and time in one of many loose forms: "01/15/2024 10:20:30", "15/JAN/2024",
+ * "1.2.24", "MONDAY JANUARY 5", "JAN 15 2024 10:20:30". Upper and lower case are the same.
+ *
+ * - A clock time needs two colons and an hour of two digits; of more colons the last two count.
+ * - Without slashes (or backslashes) words are read: month names, also in part or abbreviated to at least
+ *   three letters, with the day behind them. Any other word is dropped. A number above 90 at the beginning of
+ *   the rest is the year. A month and a day with nothing left get the current year.
+ * - A date of three fields between slashes, backslashes or dots is read as month, day and year; day first
+ *   when the first field exceeds 12; year first when it exceeds 90; and a field that is a month name is the
+ *   month. With dots, month names must not be used and a year must not come first.
+ *
+ * Years above 1900 are calendar years, others years since 1900. Nothing is checked for its range; a field
+ * that is not found is 0. Numbers too large for 32 bits are taken as the largest one.
+ *
+ * @param text any text; may be null, or empty, which gives sixteen zeros
+ * @return a new block of #DOV0_TIMESTAMP_BLOCK_SIZE bytes, owned by the caller and freed with
+ *         DOV0_FreeStorage(), with a timestamp whose sequence is 000. A timestamp with fields of more digits
+ *         than usual is longer, and cut off where the block ends. Null for a null text, or when the heap is
+ *         exhausted
+ *
+ * Any thread, as long as none changes the environment or the locale: TZ is read for the current year, and the
+ * locale defines upper case. Takes time in proportion to the length of the text.
+ */
+DOV0_EXPORT char *DOV0_StringToCorvelTime(const char *text) DOV0_NOEXCEPT;
 
 /** @} */
 

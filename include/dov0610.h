@@ -104,8 +104,8 @@ enum {
 
 /**
  * Looks a variable up: in the process environment, and where that does not define it among the variables
- * that were set with DOV0_PutEnv(). An empty value counts as unset; an empty one of the process environment still
- * hides a variable set with DOV0_PutEnv().
+ * that were set with DOV0_PutEnv(). An empty value counts as unset; an empty one of the process environment
+ * still hides a variable set with DOV0_PutEnv().
  *
  * Variables set with DOV0_PutEnv() have upper-case names and the name is compared as it is, so only an
  * upper-case name finds one. Nothing is cached: each call sees the process environment of its moment.
@@ -206,11 +206,12 @@ DOV0_EXPORT int32_t DOV0_ConditionTimedWait(pthread_cond_t *condVar, pthread_mut
  * @param argument    passed to start; may be null
  * @param detachState #DOV0_THREAD_JOINABLE or #DOV0_THREAD_DETACHED. Any other value is reported as an error,
  *                    and the thread is created and detached all the same
- * @param thread      where the thread's identity is stored; it must stay valid until this function returns. May be
- *                    null when the identity is not wanted
+ * @param thread      where the thread's identity is stored; it must stay valid until this function returns.
+ *                    May be null when the identity is not wanted
  * @return 0, or -1 when the thread was not started or detachState was neither of the two
  *
- * A thread that was not started is reported as an error with the system's error number, which is also in errno.
+ * A thread that was not started is reported as an error with the system's error number, which is also in
+ * errno.
  *
  * Any thread.
  */
@@ -231,16 +232,16 @@ DOV0_EXPORT int32_t DOV0_SetCloExecFlag(int32_t fileDescriptor) DOV0_NOEXCEPT;
 /**
  * Splits a text into tokens, one per call, like strtok(), but with a position for each thread.
  *
- * A thread holds one of #DOV0_STRTOK_SLOTS slots from its first call for a text until the call that returns no
- * token. A thread that begins another text before that uses its slot again; one that never reaches the
+ * A thread holds one of #DOV0_STRTOK_SLOTS slots from its first call for a text until the call that returns
+ * no token. A thread that begins another text before that uses its slot again; one that never reaches the
  * end keeps it for good.
  *
- * @param text       the text to split, on the first call; it is changed in place, and stays the caller's. Null on
- *                   the calls that continue it. Null without a text to continue gives null
- * @param delimiters the bytes that separate tokens; they may differ from call to call. Null stands for none, so
- *                   that the rest of the text is one token
- * @return the next token, inside the text, or null when there is none left or when all slots are held by other
- *         threads, which is reported as an error
+ * @param text       the text to split, on the first call; it is changed in place, and stays the caller's.
+ *                   Null on the calls that continue it. Null without a text to continue gives null
+ * @param delimiters the bytes that separate tokens; they may differ from call to call. Null stands for none,
+ *                   so that the rest of the text is one token
+ * @return the next token, inside the text, or null when there is none left or when all slots are held by
+ *         other threads, which is reported as an error
  *
  * Any thread.
  *
@@ -440,7 +441,8 @@ DOV0_EXPORT void DOV0_RemoveCRandLF(char *text, char mode) DOV0_NOEXCEPT;
  * Keeps the rightmost maxLength characters of a text that is longer, in place.
  *
  * @param text          the text; null gives an error message only
- * @param currentLength its length in bytes, which is not measured; when it is not above maxLength, nothing changes
+ * @param currentLength its length in bytes, which is not measured; nothing changes when it is not above
+ *                      maxLength
  * @param maxLength     bytes to keep, at least 1; below, an error message is traced and nothing changes
  *
  * Any thread, as long as no other one uses the text.
@@ -618,11 +620,13 @@ DOV0_EXPORT char *DOV0_DecipherMetaRecord(char *record, int32_t seed) DOV0_NOEXC
  * @param size           how many; the last size modulo 4 are ignored
  * @param inNetworkOrder 0 for local characters, which are summed in their network form
  *                       (DOV0_ConvertDataToNetwork()); any other value for bytes to be summed as they are
- * @return the checksum, 0 to 65535; 0 (with an error message) also when size is below 4 or there is no storage
+ * @return the checksum, 0 to 65535; 0 (with an error message) also when size is below 4 or there is no
+ *         storage
  *
  * Any thread.
  */
-DOV0_EXPORT int32_t DOV0_ComputeCheckSum(const void *data, int32_t size, int32_t inNetworkOrder) DOV0_NOEXCEPT;
+DOV0_EXPORT int32_t DOV0_ComputeCheckSum(const void *data, int32_t size,
+                                         int32_t inNetworkOrder) DOV0_NOEXCEPT;
 
 /**
  * Writes memory to the trace as a hexadecimal dump with its characters beside it, sixteen bytes a line,
@@ -631,7 +635,8 @@ DOV0_EXPORT int32_t DOV0_ComputeCheckSum(const void *data, int32_t size, int32_t
  *
  * @param base the address that the limits count from; null gives an error message only
  * @param from bytes from base to the first byte of the dump; may be negative
- * @param to   bytes from base to the end of the dump, not included; nothing is written when it is not above from
+ * @param to   bytes from base to the end of the dump, not included; nothing is written when it is not above
+ *             from
  *
  * Any thread. No other thread may change the memory meanwhile.
  */
@@ -649,7 +654,8 @@ DOV0_EXPORT void DOV0_PrintDump(const void *base, int32_t from, int32_t to) DOV0
 DOV0_EXPORT char *DOV0_CheckPathSpec(const char *pathSpec) DOV0_NOEXCEPT;
 
 /**
- * Makes a full path name of a file name. Nothing is put between the two parts, so a directory has to end in "/".
+ * Makes a full path name of a file name. Nothing is put between the two parts, so a directory has to end
+ * in "/".
  *
  * Without a directory the work directory is taken: the value of the environment variable DOV_WORK_PATH with
  * "/" appended, or "./work/" when that is unset or empty. It is settled by the first call of the process that

@@ -17,7 +17,7 @@ constinit TraceLevelList levelsInForce;
 constinit TraceOutput outputInForce;
 constinit int32_t generationInForce = 1;
 
-constexpr uint64_t Megabyte = 1024 * 1024;
+constexpr uint64_t Megabyte = 1U << 20;
 
 void lockFacility() noexcept
 {

@@ -40,12 +40,8 @@ bool isStillNamed(int descriptor, const char *fileName) noexcept
 
 void renameWithSuffix(const char *fileName) noexcept
 {
-    static constexpr char Suffix[] = ".1";
-    const size_t length = std::strlen(fileName);
-    auto *newName = static_cast<char *>(std::malloc(length + sizeof Suffix));
-    if (newName != nullptr) {
-        std::memcpy(newName, fileName, length);
-        std::memcpy(newName + length, Suffix, sizeof Suffix);
+    char *newName = nullptr;
+    if (asprintf(&newName, "%s.1", fileName) >= 0) {
         std::rename(fileName, newName);
         std::free(newName);
     }

@@ -3,7 +3,7 @@
 #include "foundation/trace_facility.h"
 
 TRACE_CONTROL("trc1cnfg", TRC1_Configure);
-extern "C" int32_t TRC1_Configure(const char *levels, const char *file) noexcept
+extern "C" int32_t TRC1_Configure(const char *levels, const char *file)
 {
     const int savedErrno = errno;
     TraceLevelList newLevels;

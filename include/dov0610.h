@@ -416,6 +416,133 @@ DOV0_EXPORT void DOV0_SetDPstartMode(int32_t mode) DOV0_NOEXCEPT;
  * @{
  */
 
+/** Sizes of timestamps and of the texts made of them, in bytes. */
+typedef enum DOV0_TimestampSize {
+    DOV0_TIMESTAMP_LENGTH = 16,     /**< characters of a timestamp */
+    DOV0_TIMESTAMP_SIZE = 17,       /**< a timestamp and its terminator */
+    DOV0_TIMESTAMP_BLOCK_SIZE = 20, /**< a new block that holds a timestamp */
+    DOV0_TIMESTAMP_TEXT_SIZE = 24,  /**< what DOV0_CorvelTimeToString() writes, with its terminator */
+    DOV0_WEEKDAY_MAX_LENGTH = 9     /**< the longest result of DOV0_CorvelTimeToWeekDay(), "Wednesday" */
+} DOV0_TimestampSize;
+
+/**
+ * Makes the timestamp of the present moment.
+ *
+ * A timestamp is sixteen decimal digits of local time without separators: years since 1900 (three digits),
+ * month, day, hour, minute and second (two digits each) and a sequence (three digits). Timestamps of the
+ * years 1900 to 2899 compare in time order byte by byte.
+ *
+ * @param buffer receives #DOV0_TIMESTAMP_SIZE bytes; null for a new block
+ * @return what DOV0_ConvertTimeToCorvelTime() returns for the present time and buffer
+ *
+ * Any thread, as long as none changes the environment: TZ is read at each call. Reports no entry and exit
+ * events.
+ */
+DOV0_EXPORT char *DOV0_GetCorvelTime(char *buffer) DOV0_NOEXCEPT;
+
+/**
+ * Makes the timestamp of a calendar time.
+ *
+ * The sequence is 000 for the first timestamp of a second. Further timestamps of the same second, without one
+ * for another second between them, rise by 10 to 100, by 5 to 400, by 3 to 802 and by 1 to 999, where they
+ * stay: it tells them apart and is no part of the clock's reading. A leap second is shown as second 00. A
+ * year that does not have three digits pushes the fields behind it to the right; the minute is cut off at its
+ * eleventh character.
+ *
+ * @param when   address of the time in seconds since the epoch; null is refused
+ * @param buffer receives #DOV0_TIMESTAMP_SIZE bytes; null for a new block
+ * @return buffer, or a new block of #DOV0_TIMESTAMP_BLOCK_SIZE bytes, owned by the caller and freed with
+ *         DOV0_FreeStorage(). Null, with nothing written, for a null time and for one whose year does not fit
+ *         into an int (each with an error message), and when the heap is exhausted
+ *
+ * Any thread, as long as none changes the environment: TZ is read at each call. Two threads may be given the
+ * same sequence while the second changes.
+ */
+DOV0_EXPORT char *DOV0_ConvertTimeToCorvelTime(const time_t *when, char *buffer) DOV0_NOEXCEPT;
+
+/**
+ * Reads the clock in milliseconds, for the difference between two readings.
+ *
+ * @return the milliseconds since the epoch in 32 bits: the value wraps about every 50 days, and may be
+ *         negative
+ *
+ * Any thread.
+ *
+ *     uint32_t elapsed = (uint32_t)DOV0_GetTimeOfDay() - (uint32_t)start;
+ */
+DOV0_EXPORT int32_t DOV0_GetTimeOfDay(void) DOV0_NOEXCEPT;
+
+/**
+ * Shows a calendar time in local time as "YYY/MM/DD-hh:mm:ss", where YYY is the years since 1900 in at least
+ * two digits: "126/11/16-05:58:43".
+ *
+ * @param when address of the time in seconds since the epoch; null for the present time
+ * @return a static text, not to be freed, that the next call overwrites. It is empty (with an error message)
+ *         for a time whose year does not fit into an int
+ *
+ * One thread at a time, and as long as none changes the environment: TZ is read at each call.
+ */
+DOV0_EXPORT char *DOV0_GetCurrentDayTime(const time_t *when) DOV0_NOEXCEPT;
+
+/**
+ * Renders a timestamp as "2026/11/16 05:58:43 010".
+ *
+ * The characters behind the year are copied unchecked; what a shorter timestamp lacks comes out as NUL
+ * characters, which the result counts like any other.
+ *
+ * @param timestamp the timestamp; of a longer text the first sixteen characters; null is refused
+ * @param out       receives #DOV0_TIMESTAMP_TEXT_SIZE bytes; null is refused
+ * @return the number of characters before the terminator, always 23; 0 (with an error message) for a null
+ *         argument
+ *
+ * Any thread.
+ */
+DOV0_EXPORT int32_t DOV0_CorvelTimeToString(const char *timestamp, char *out) DOV0_NOEXCEPT;
+
+/**
+ * Names the day of the week of a timestamp's date in English, for the years 1991 to 2003.
+ *
+ * The day is taken from 01 to 31 in every month: the 31st of February is three days after the 28th.
+ *
+ * @param timestamp the timestamp; the fields that a shorter text lacks are 0; null is refused
+ * @param out       receives the name WITHOUT a terminator, at most #DOV0_WEEKDAY_MAX_LENGTH bytes; null is
+ *                  refused
+ * @return the number of characters of the name; 0, with nothing written, for any other year, month or day,
+ *         and (with an error message) for a null argument
+ *
+ * Any thread.
+ *
+ *     char name[DOV0_WEEKDAY_MAX_LENGTH + 1];
+ *     name[DOV0_CorvelTimeToWeekDay("1030615120000000", name)] = '\0'; // "Sunday"
+ */
+DOV0_EXPORT int32_t DOV0_CorvelTimeToWeekDay(const char *timestamp, char *out) DOV0_NOEXCEPT;
+
+/**
+ * Makes a timestamp of a date and time in one of many loose forms: "01/15/2024 10:20:30", "15/JAN/2024",
+ * "1.2.24", "MONDAY JANUARY 5", "JAN 15 2024 10:20:30". Upper and lower case are the same.
+ *
+ * - A clock time needs two colons and an hour of two digits; of more colons the last two count.
+ * - Without slashes (or backslashes) words are read: month names, also in part or abbreviated to at least
+ *   three letters, with the day behind them. Any other word is dropped. A number above 90 at the beginning of
+ *   the rest is the year. A month and a day with nothing left get the current year.
+ * - A date of three fields between slashes, backslashes or dots is read as month, day and year; day first
+ *   when the first field exceeds 12; year first when it exceeds 90; and a field that is a month name is the
+ *   month. With dots, month names must not be used and a year must not come first.
+ *
+ * Years above 1900 are calendar years, others years since 1900. Nothing is checked for its range; a field
+ * that is not found is 0. Numbers too large for 32 bits are taken as the largest one.
+ *
+ * @param text any text; may be null, or empty, which gives sixteen zeros
+ * @return a new block of #DOV0_TIMESTAMP_BLOCK_SIZE bytes, owned by the caller and freed with
+ *         DOV0_FreeStorage(), with a timestamp whose sequence is 000. A timestamp with fields of more digits
+ *         than usual is longer, and cut off where the block ends. Null for a null text, or when the heap is
+ *         exhausted
+ *
+ * Any thread, as long as none changes the environment or the locale: TZ is read for the current year, and the
+ * locale defines upper case. Takes time in proportion to the length of the text.
+ */
+DOV0_EXPORT char *DOV0_StringToCorvelTime(const char *text) DOV0_NOEXCEPT;
+
 /** @} */
 
 /**
@@ -503,6 +630,103 @@ DOV0_EXPORT void DOV0_SubValidNameCharacter(char *name) DOV0_NOEXCEPT;
  * @defgroup base64 Base64
  * @{
  */
+
+/** A group of Base64: three bytes to encode, or four mapped characters to decode. */
+typedef struct DOV0_Base64Group {
+    unsigned char data[4]; /**< the bytes, of which three count, or the values of the characters */
+    int32_t count;         /**< how many of them are in use: 1 to 3, or 1 to 4 */
+} DOV0_Base64Group;
+
+/** Bytes that a text of this length needs as Base64, with the terminator. */
+#define DOV0_BASE64_ENCODED_SIZE(length) (((length) + 2) / 3 * 4 + 1)
+
+/** Bytes that Base64 text of this length needs when decoded, with the terminator. */
+#define DOV0_BASE64_DECODED_SIZE(length) (((length) + 3) / 4 * 3 + 1)
+
+/**
+ * Encodes a text into Base64: the alphabet and padding of RFC 4648, without line breaks.
+ *
+ * @param input  the text; null or empty is refused
+ * @param output address of a pointer to the caller's buffer of #DOV0_BASE64_ENCODED_SIZE(strlen(input))
+ *               bytes, which receives the result and its terminator. A pointer that is null is set to a new
+ *               block of that size, owned by the caller and freed with DOV0_FreeStorage(). The address itself
+ *               must not be null
+ * @return 1; or 0, with nothing written, for an empty input or a null argument (each with an error message),
+ *         or when the heap is exhausted
+ *
+ * Any thread.
+ *
+ *     char *encoded = NULL;
+ *     if (DOV0_EncodeBase64("Man", &encoded)) { // "TWFu"
+ *         DOV0_FreeStorage(&encoded);
+ *     }
+ */
+DOV0_EXPORT int32_t DOV0_EncodeBase64(const char *input, char **output) DOV0_NOEXCEPT;
+
+/**
+ * Encodes one group: writes four characters, of which a count of 1 pads the last two and a count of 2 the
+ * last.
+ *
+ * @param group  the bytes, those beyond the count 0; null is refused
+ * @param target receives four characters, no terminator; null is refused
+ *
+ * A null argument leaves an error message and nothing else. Any thread.
+ */
+DOV0_EXPORT void DOV0_EncodeToBuffer(const DOV0_Base64Group *group, char *target) DOV0_NOEXCEPT;
+
+/**
+ * Splits three bytes into four values of six bits, the highest bits first.
+ *
+ * @param sextets receives four bytes; null is refused
+ * @param bytes   three bytes; null is refused
+ *
+ * A null argument leaves an error message and nothing else. Any thread.
+ */
+DOV0_EXPORT void DOV0_EncodeRaw(unsigned char *sextets, const unsigned char *bytes) DOV0_NOEXCEPT;
+
+/**
+ * Decodes a Base64 text into a text.
+ *
+ * Whole groups of four characters of the alphabet are decoded as RFC 4648 has it. Everything else is not
+ * refused but decoded in a way of its own: '=' counts as the value 0xFF and a character outside the alphabet
+ * as 0xFE, neither of them cut to six bits ("QQ==" gives the bytes 0x41, 0x0F, 0xFF); the one to three
+ * characters of an incomplete last group are replaced by the first bytes of the result so far, mapped like
+ * characters. A character with its high bit set counts like the same one without it. A NUL among the decoded
+ * bytes ends the result.
+ *
+ * @param input  the text; null or empty is refused
+ * @param output address of a pointer to the caller's buffer of #DOV0_BASE64_DECODED_SIZE(strlen(input))
+ *               bytes, which receives the result and its terminator. A pointer that is null is set to a new
+ *               block of that size, owned by the caller and freed with DOV0_FreeStorage(). The address itself
+ *               must not be null
+ * @return 1; or 0, with nothing written, for an empty input or a null argument (each with an error message),
+ *         or when the heap is exhausted
+ *
+ * Any thread. At detail level the result so far is traced after each group, which takes its time for a long
+ * text.
+ */
+DOV0_EXPORT int32_t DOV0_DecodeBase64(const char *input, char **output) DOV0_NOEXCEPT;
+
+/**
+ * Decodes one group of mapped characters: writes three bytes, whatever the count.
+ *
+ * @param group  four values; null is refused
+ * @param target receives three bytes, no terminator; null is refused
+ *
+ * A null argument leaves an error message and nothing else. Any thread.
+ */
+DOV0_EXPORT void DOV0_DecodeToBuffer(const DOV0_Base64Group *group, char *target) DOV0_NOEXCEPT;
+
+/**
+ * Puts four values together to three bytes, in eight bits each: of the first two values all bits enter that
+ * fit, also those above the sixth.
+ *
+ * @param bytes   receives three bytes; null is refused
+ * @param sextets four values; null is refused
+ *
+ * A null argument leaves an error message and nothing else. Any thread.
+ */
+DOV0_EXPORT void DOV0_DecodeRaw(unsigned char *bytes, const unsigned char *sextets) DOV0_NOEXCEPT;
 
 /** @} */
 

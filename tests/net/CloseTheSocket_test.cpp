@@ -1,4 +1,4 @@
-#include "support/socket_faults.h"
+#include "net/socket_faults.h"
 #include "support/trace_recorder.h"
 
 #include <cerrno>

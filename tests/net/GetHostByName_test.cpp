@@ -1,28 +1,17 @@
 #include "support/heap_faults.h"
-#include "support/resolver_stand_ins.h"
+#include "net/mutex_faults.h"
+#include "net/resolver_stand_ins.h"
 #include "support/trace_recorder.h"
 
 #include <arpa/inet.h>
 #include <atomic>
 #include <cerrno>
-#include <dlfcn.h>
 #include <thread>
 
 namespace {
 
 constexpr char Function[] = "DOV0_GetHostByName";
 constexpr int RecordSize = sizeof(hostent);
-
-// The mutex that the library initialised last, and what locking and unlocking it is made to answer.
-std::atomic<pthread_mutex_t *> initializedMutex = nullptr;
-std::atomic<int> lockResult = 0;
-std::atomic<int> unlockResult = 0;
-std::atomic<int> initializations = 0;
-
-int (*real(const char *name))(pthread_mutex_t *)
-{
-    return reinterpret_cast<int (*)(pthread_mutex_t *)>(dlsym(RTLD_NEXT, name));
-}
 
 // What DOV0_GetStorage() traces for a block.
 TraceLog storage(const void *block)
@@ -47,35 +36,19 @@ std::string failure(const char *name, int error, int resolverError)
                    error, resolverError, 0);
 }
 
+// Finds the mutex of the look-ups while one is made. The third one is past every first use.
+void aimAtTheMutexOfTheLookUps()
+{
+    for (int i = 0; i < 3; ++i) {
+        standIns().byName = [](const char *) {
+            mutexFaults.mutex = lastLockedMutex();
+            return unknownHost();
+        };
+        DOV0_GetHostByName("first use");
+    }
+}
+
 } // namespace
-
-extern "C" int pthread_mutex_init(pthread_mutex_t *mutex, const pthread_mutexattr_t *attributes) noexcept
-{
-    static const auto next = reinterpret_cast<int (*)(pthread_mutex_t *, const pthread_mutexattr_t *)>(
-        dlsym(RTLD_NEXT, "pthread_mutex_init"));
-    initializedMutex = mutex;
-    ++initializations;
-    return next(mutex, attributes);
-}
-
-extern "C" int pthread_mutex_lock(pthread_mutex_t *mutex) noexcept
-{
-    static std::atomic<int (*)(pthread_mutex_t *)> next = nullptr;
-    if (next.load() == nullptr) {
-        next = real("pthread_mutex_lock");
-    }
-    return mutex == initializedMutex && lockResult != 0 ? lockResult.load() : next.load()(mutex);
-}
-
-extern "C" int pthread_mutex_unlock(pthread_mutex_t *mutex) noexcept
-{
-    static std::atomic<int (*)(pthread_mutex_t *)> next = nullptr;
-    if (next.load() == nullptr) {
-        next = real("pthread_mutex_unlock");
-    }
-    const int result = next.load()(mutex);
-    return mutex == initializedMutex && unlockResult != 0 ? unlockResult.load() : result;
-}
 
 TEST(GetHostByName, CopiesTheResolversRecordAndNothingBehindIt)
 {
@@ -218,35 +191,34 @@ TEST(GetHostByName, ReportsMissingStorageAndGivesTheMutexBack)
 
 TEST(GetHostByName, ReportsAMutexThatCannotBeLocked)
 {
-    DOV0_GetHostByName("first use");
-    lockResult = EAGAIN;
+    aimAtTheMutexOfTheLookUps();
+    const int asked = nameLookUps();
+    mutexFaults.onLock = EAGAIN;
     hostent *copy = nullptr;
     const auto call = [&] {
         errno = EINTR;
         copy = DOV0_GetHostByName("host");
     };
-    const std::string text =
-        message(Function, "***** pthread_mutex_lock failed, rc=%d errno=%d\n", EAGAIN, EINTR);
+    const std::string text = message(Function, "***** pthread_mutex_lock failed, rc=%d errno=%d\n", EAGAIN, EINTR);
     EXPECT_EQ(traceAt(Trace::All, call), (TraceLog{entry(Function), text, leave(Function, nullptr)}));
     EXPECT_EQ(bitsThatShow(text, call), Trace::Error);
-    lockResult = 0;
+    mutexFaults.onLock = 0;
     EXPECT_EQ(copy, nullptr);
-    EXPECT_EQ(nameLookUps(), 1);
+    EXPECT_EQ(nameLookUps(), asked);
 }
 
 TEST(GetHostByName, ReportsAMutexThatCannotBeUnlocked)
 {
+    aimAtTheMutexOfTheLookUps();
     HostRecord known("host.example");
     standIns().byName = [&](const char *) { return known.get(); };
-    hostent *copy = DOV0_GetHostByName("first use");
-    DOV0_FreeStorage(&copy);
-    unlockResult = EPERM;
+    mutexFaults.onUnlock = EPERM;
+    hostent *copy = nullptr;
     const auto call = [&] {
         errno = EINTR;
         copy = DOV0_GetHostByName("host");
     };
-    const std::string text =
-        message(Function, "***** pthread_mutex_unlock failed, rc=%d errno=%d\n", EPERM, EINTR);
+    const std::string text = message(Function, "***** pthread_mutex_unlock failed, rc=%d errno=%d\n", EPERM, EINTR);
     const TraceLog log = traceOf(Function, Trace::All & ~Trace::Storage, call);
     EXPECT_EQ(log, (TraceLog{entry(Function), text, leave(Function, copy)}));
     EXPECT_NE(copy, nullptr);
@@ -257,7 +229,7 @@ TEST(GetHostByName, ReportsAMutexThatCannotBeUnlocked)
                                DOV0_FreeStorage(&copy);
                            }),
               Trace::Error);
-    unlockResult = 0;
+    mutexFaults.onUnlock = 0;
 }
 
 TEST(GetHostByName, MakesLookUpsOneAtATimeFromTheFirstOn)
@@ -272,21 +244,22 @@ TEST(GetHostByName, MakesLookUpsOneAtATimeFromTheFirstOn)
         --inside;
         return known.get();
     };
-    initializations = 0;
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 8; ++i) {
-        threads.emplace_back([] {
-            for (int round = 0; round < 200; ++round) {
-                hostent *copy = DOV0_GetHostByName("host");
-                EXPECT_NE(copy, nullptr);
-                DOV0_FreeStorage(&copy);
-            }
-        });
-    }
-    for (std::thread &thread : threads) {
-        thread.join();
-    }
+    const TraceLog initializations = traceOf("DOV0_InitializeMutex", Trace::Flow, [] {
+        std::vector<std::thread> threads;
+        for (int i = 0; i < 8; ++i) {
+            threads.emplace_back([] {
+                for (int round = 0; round < 200; ++round) {
+                    hostent *copy = DOV0_GetHostByName("host");
+                    EXPECT_NE(copy, nullptr);
+                    DOV0_FreeStorage(&copy);
+                }
+            });
+        }
+        for (std::thread &thread : threads) {
+            thread.join();
+        }
+    });
     EXPECT_EQ(most, 1);
     EXPECT_EQ(nameLookUps(), 1600);
-    EXPECT_EQ(initializations, 1);
+    EXPECT_EQ(initializations, (TraceLog{entry("DOV0_InitializeMutex"), leave("DOV0_InitializeMutex")}));
 }

@@ -1,6 +1,6 @@
 // Makes system calls on sockets fail on purpose.
-#ifndef DOV0610_TESTS_SOCKET_FAULTS_H
-#define DOV0610_TESTS_SOCKET_FAULTS_H
+#ifndef DOV0610_TESTS_NET_SOCKET_FAULTS_H
+#define DOV0610_TESTS_NET_SOCKET_FAULTS_H
 
 // The error number that each call fails with; 0 for the real call.
 struct SocketFaults {

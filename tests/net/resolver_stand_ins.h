@@ -1,7 +1,7 @@
 // Stand-ins for the resolver and for the system's names, so that no test asks a name server. What a test does not
 // set fails as an unknown host, or with ENOSYS.
-#ifndef DOV0610_TESTS_RESOLVER_STAND_INS_H
-#define DOV0610_TESTS_RESOLVER_STAND_INS_H
+#ifndef DOV0610_TESTS_NET_RESOLVER_STAND_INS_H
+#define DOV0610_TESTS_NET_RESOLVER_STAND_INS_H
 
 #include <functional>
 #include <netdb.h>

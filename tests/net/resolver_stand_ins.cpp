@@ -1,4 +1,4 @@
-#include "support/resolver_stand_ins.h"
+#include "net/resolver_stand_ins.h"
 
 #include "support/heap_faults.h"
 

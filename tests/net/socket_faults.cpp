@@ -1,4 +1,4 @@
-#include "support/socket_faults.h"
+#include "net/socket_faults.h"
 
 #include <cerrno>
 #include <cstdarg>

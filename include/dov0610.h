@@ -315,7 +315,8 @@ DOV0_EXPORT void DOV0_RemoveCRandLF(char *text, char mode) DOV0_NOEXCEPT;
  * Keeps the rightmost maxLength characters of a text that is longer, in place.
  *
  * @param text          the text; null gives an error message only
- * @param currentLength its length in bytes, which is not measured; when it is not above maxLength, nothing changes
+ * @param currentLength its length in bytes, which is not measured; nothing changes when it is not above
+ *                      maxLength
  * @param maxLength     bytes to keep, at least 1; below, an error message is traced and nothing changes
  *
  * Any thread, as long as no other one uses the text.
@@ -396,11 +397,13 @@ DOV0_EXPORT char *DOV0_DecipherMetaRecord(char *record, int32_t seed) DOV0_NOEXC
  * @param size           how many; the last size modulo 4 are ignored
  * @param inNetworkOrder 0 for local characters, which are summed in their network form
  *                       (DOV0_ConvertDataToNetwork()); any other value for bytes to be summed as they are
- * @return the checksum, 0 to 65535; 0 (with an error message) also when size is below 4 or there is no storage
+ * @return the checksum, 0 to 65535; 0 (with an error message) also when size is below 4 or there is no
+ *         storage
  *
  * Any thread.
  */
-DOV0_EXPORT int32_t DOV0_ComputeCheckSum(const void *data, int32_t size, int32_t inNetworkOrder) DOV0_NOEXCEPT;
+DOV0_EXPORT int32_t DOV0_ComputeCheckSum(const void *data, int32_t size,
+                                         int32_t inNetworkOrder) DOV0_NOEXCEPT;
 
 /**
  * Writes memory to the trace as a hexadecimal dump with its characters beside it, sixteen bytes a line,
@@ -409,7 +412,8 @@ DOV0_EXPORT int32_t DOV0_ComputeCheckSum(const void *data, int32_t size, int32_t
  *
  * @param base the address that the limits count from; null gives an error message only
  * @param from bytes from base to the first byte of the dump; may be negative
- * @param to   bytes from base to the end of the dump, not included; nothing is written when it is not above from
+ * @param to   bytes from base to the end of the dump, not included; nothing is written when it is not above
+ *             from
  *
  * Any thread. No other thread may change the memory meanwhile.
  */
@@ -427,7 +431,8 @@ DOV0_EXPORT void DOV0_PrintDump(const void *base, int32_t from, int32_t to) DOV0
 DOV0_EXPORT char *DOV0_CheckPathSpec(const char *pathSpec) DOV0_NOEXCEPT;
 
 /**
- * Makes a full path name of a file name. Nothing is put between the two parts, so a directory has to end in "/".
+ * Makes a full path name of a file name. Nothing is put between the two parts, so a directory has to end
+ * in "/".
  *
  * Without a directory the work directory is taken: the value of the environment variable DOV_WORK_PATH with
  * "/" appended, or "./work/" when that is unset or empty. It is settled by the first call of the process that

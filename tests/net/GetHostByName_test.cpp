@@ -1,6 +1,6 @@
-#include "support/heap_faults.h"
 #include "net/mutex_faults.h"
 #include "net/resolver_stand_ins.h"
+#include "support/heap_faults.h"
 #include "support/trace_recorder.h"
 
 #include <arpa/inet.h>
@@ -199,7 +199,8 @@ TEST(GetHostByName, ReportsAMutexThatCannotBeLocked)
         errno = EINTR;
         copy = DOV0_GetHostByName("host");
     };
-    const std::string text = message(Function, "***** pthread_mutex_lock failed, rc=%d errno=%d\n", EAGAIN, EINTR);
+    const std::string text =
+        message(Function, "***** pthread_mutex_lock failed, rc=%d errno=%d\n", EAGAIN, EINTR);
     EXPECT_EQ(traceAt(Trace::All, call), (TraceLog{entry(Function), text, leave(Function, nullptr)}));
     EXPECT_EQ(bitsThatShow(text, call), Trace::Error);
     mutexFaults.onLock = 0;
@@ -218,7 +219,8 @@ TEST(GetHostByName, ReportsAMutexThatCannotBeUnlocked)
         errno = EINTR;
         copy = DOV0_GetHostByName("host");
     };
-    const std::string text = message(Function, "***** pthread_mutex_unlock failed, rc=%d errno=%d\n", EPERM, EINTR);
+    const std::string text =
+        message(Function, "***** pthread_mutex_unlock failed, rc=%d errno=%d\n", EPERM, EINTR);
     const TraceLog log = traceOf(Function, Trace::All & ~Trace::Storage, call);
     EXPECT_EQ(log, (TraceLog{entry(Function), text, leave(Function, copy)}));
     EXPECT_NE(copy, nullptr);

@@ -1,6 +1,6 @@
+#include "net/resolver_stand_ins.h"
 #include "support/fresh_process.h"
 #include "support/heap_faults.h"
-#include "net/resolver_stand_ins.h"
 #include "support/trace_recorder.h"
 
 #include <cerrno>

@@ -1,5 +1,5 @@
-#include "support/guarded_buffer.h"
 #include "net/resolver_stand_ins.h"
+#include "support/guarded_buffer.h"
 #include "support/trace_recorder.h"
 
 #include <cerrno>

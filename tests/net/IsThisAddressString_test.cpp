@@ -2,26 +2,29 @@
 #include "support/trace_recorder.h"
 
 #include <random>
-#include <regex>
 
 namespace {
 
 constexpr char Function[] = "DOV0_IsThisAddressString";
 
-// An independent reading of the shape: a digit, then dots with digits behind them.
-int32_t shapeOf(const std::string &text)
+bool beginsWithDigit(const std::string &text)
 {
-    if (!std::regex_search(text, std::regex("^[0-9]"))) {
-        return 0;
-    }
+    return text.find_first_of("0123456789") == 0;
+}
+
+// An independent reading of the shape: the text split at its first three dots, each part beginning with a digit.
+int32_t shapeOf(std::string text)
+{
     int32_t dots = 0;
-    for (size_t at = text.find('.'); at != std::string::npos && dots < 3; at = text.find('.', at + 1)) {
-        if (at + 1 == text.size() || !std::regex_search(text.substr(at + 1, 1), std::regex("[0-9]"))) {
-            return 0;
+    while (beginsWithDigit(text)) {
+        const size_t dot = text.find('.');
+        if (dots == 3 || dot == std::string::npos) {
+            return dots;
         }
+        text.erase(0, dot + 1);
         ++dots;
     }
-    return dots;
+    return 0;
 }
 
 } // namespace

@@ -1,8 +1,8 @@
+#include "net/resolver_stand_ins.h"
+#include "net/socket_faults.h"
 #include "support/fresh_process.h"
 #include "support/guarded_buffer.h"
 #include "support/heap_faults.h"
-#include "net/resolver_stand_ins.h"
-#include "net/socket_faults.h"
 #include "support/trace_recorder.h"
 
 #include <algorithm>

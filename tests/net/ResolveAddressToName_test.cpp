@@ -1,5 +1,5 @@
-#include "support/heap_faults.h"
 #include "net/resolver_stand_ins.h"
+#include "support/heap_faults.h"
 #include "support/trace_recorder.h"
 
 #include <algorithm>

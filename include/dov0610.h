@@ -364,7 +364,6 @@ DOV0_EXPORT void DOV0_SubValidNameCharacter(char *name) DOV0_NOEXCEPT;
 /** Size in bytes of a fully qualified file name, the terminator included. */
 #define DOV0_PATH_NAME_SIZE 512
 
-
 /**
  * Scrambles a text record in place so that it is unreadable at sight. Printable ASCII characters are
  * replaced by others, by a shift that differs from position to position; all other bytes stay. This
@@ -486,7 +485,6 @@ typedef enum DOV0_SourceType {
     DOV0_SOURCE_ASCII = 'A', /**< text in an ASCII code page */
     DOV0_SOURCE_EBCDIC = 'E' /**< text in EBCDIC */
 } DOV0_SourceType;
-
 
 /**
  * Brings characters from the network character set (EBCDIC code page 1047) into the local one (ASCII), in

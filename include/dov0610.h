@@ -20,6 +20,7 @@
 #include <pthread.h>
 #include <stdint.h>
 #include <stdio.h>
+#include <sys/socket.h>
 #include <time.h>
 
 #include "dov0610_platform.h"
@@ -1272,12 +1273,305 @@ DOV0_EXPORT void DOV0_CheckIntegerEndian(void *integer, int32_t size) DOV0_NOEXC
  * @{
  */
 
+/** Sizes of texts about hosts, in bytes with the terminator. */
+enum {
+    DOV0_HOST_NAME_SIZE = 256,    /**< area of a resolved name, of the local host name and of the local domain */
+    DOV0_COMPUTER_NAME_SIZE = 66, /**< area for DOV0_GetLocalComputerName() */
+    DOV0_HOST_INFO_SIZE = 17      /**< area for DOV0_GetLocalHostInfo() */
+};
+
+/** How DOV0_ConvertAddrToName() gives a name. */
+typedef enum DOV0_NameForm {
+    DOV0_FULL_NAME = 0, /**< as the resolver has it */
+    DOV0_SHORT_NAME = 1 /**< cut at its first "." */
+} DOV0_NameForm;
+
+/** What DOV0_IsThisAddressString() answers for a text in the shape of a dotted IPv4 address. */
+enum {
+    DOV0_ADDRESS_DOTS = 3 /**< the dots of such an address */
+};
+
+/**
+ * Looks a host name up with gethostbyname(). Look-ups are made one at a time.
+ *
+ * @param name the host name; null is reported like a name that cannot be resolved
+ * @return a copy of the resolver's record, owned by the caller and freed with DOV0_FreeStorage(); null when the
+ *         name cannot be resolved, which is reported as an error, or when there is no storage. Only the record
+ *         itself is copied: its name and its lists are the resolver's own, and the next look-up of any thread
+ *         overwrites them. Read them at once
+ *
+ * Any thread; see the result.
+ *
+ *     struct hostent *host = DOV0_GetHostByName("localhost");
+ */
+DOV0_EXPORT struct hostent *DOV0_GetHostByName(const char *name) DOV0_NOEXCEPT;
+
+/**
+ * Looks the name of an IPv4 address up with gethostbyaddr(), unless that has failed before: an address without a
+ * name is remembered for the life of the process and not asked for again. A look-up among the remembered ones
+ * takes about the same short time however many there are.
+ *
+ * The environment variable DOV_HOSTENT_DATA_SIZE gives the bytes reserved behind each record, 8192 when it is not
+ * set. A value below 0 counts as 0; any other than 0 is read once and kept.
+ *
+ * @param address 4 bytes in network byte order; null is reported as an error and gives null
+ * @return a copy of the resolver's record, owned by the caller and freed with DOV0_FreeStorage(); null when the
+ *         address has no name, or when there is no storage (such an address is not remembered). As with
+ *         DOV0_GetHostByName(), the name and the lists of the record are the resolver's own. Read them at once
+ *
+ * An address without a name is no error; it is reported under the state bit and, when remembered, as a detail.
+ *
+ * Any thread; see the result.
+ */
+DOV0_EXPORT struct hostent *DOV0_GetHostByAddr(const void *address) DOV0_NOEXCEPT;
+
+/**
+ * Fills a socket address from a host name or a dotted address, and a port.
+ *
+ * A text for which DOV0_IsThisAddressString() answers #DOV0_ADDRESS_DOTS is not looked up but read with inet_addr(),
+ * whose rules apply: a leading 0 makes a number octal, and a text that is no address after all (256.1.1.1) is
+ * the address 255.255.255.255.
+ *
+ * @param name        the host name or dotted address; null is a name that cannot be resolved
+ * @param port        the port in host byte order, of which the low 16 bits are used
+ * @param sockaddrOut what is filled: family AF_INET, the port and the address, which is 0 when the name cannot be
+ *                    resolved. Null is reported as an error and gives 0
+ * @return 1, or 0 when the name cannot be resolved, which is reported as an error
+ *
+ * Any thread, with the reserve that a look-up of another thread at the same moment can exchange the addresses.
+ *
+ *     struct sockaddr_in target;
+ *     DOV0_ConvertNameToAddr("192.0.2.1", 161, &target);
+ */
+DOV0_EXPORT int32_t DOV0_ConvertNameToAddr(const char *name, int32_t port,
+                                           struct sockaddr_in *sockaddrOut) DOV0_NOEXCEPT;
+
+/**
+ * Gives the host name of a socket address. An address without a name is asked for only once; see
+ * DOV0_GetHostByAddr().
+ *
+ * @param sockaddr  the socket address, of which only the IPv4 address is used
+ * @param nameOut   where the name is stored, owned by the caller and freed with DOV0_FreeStorage(); untouched when
+ *                  there is none
+ * @param shortName #DOV0_FULL_NAME, or #DOV0_SHORT_NAME or any other value to cut the name at its first "."
+ * @return 1, or 0 when there is no name or no storage. Null for sockaddr or nameOut is reported as an error and
+ *         gives 0
+ *
+ * Any thread, with the reserve that a look-up of another thread at the same moment can exchange the names.
+ */
+DOV0_EXPORT int32_t DOV0_ConvertAddrToName(const struct sockaddr_in *sockaddr, char **nameOut,
+                                           int32_t shortName) DOV0_NOEXCEPT;
+
+/**
+ * Gives the host name of a dotted address. An address without a name is asked for only once; see
+ * DOV0_GetHostByAddr().
+ *
+ * @param dottedAddress the address, read with inet_addr(): a text that is no address is 255.255.255.255. Null is
+ *                      reported as an error and gives null
+ * @return the name in a new area of #DOV0_HOST_NAME_SIZE bytes, cut to fit, owned by the caller and freed with
+ *         DOV0_FreeStorage(); null when there is no name or no storage
+ *
+ * Any thread, with the reserve that a look-up of another thread at the same moment can exchange the names.
+ *
+ *     char *name = DOV0_ResolveAddressToName("192.0.2.1");
+ */
+DOV0_EXPORT char *DOV0_ResolveAddressToName(const char *dottedAddress) DOV0_NOEXCEPT;
+
+/**
+ * Gives the name under which the agent presents the local host. It is worked out on the first call and then fixed
+ * for the life of the process:
+ *
+ * - RPCB0_HOSTNAME where that environment variable is set;
+ * - else DOV_DCH_HOSTNAME or DOV_DP_HOSTNAME where only one of them is set, or both are equal;
+ * - else what gethostname() gives, or the empty text when it gives nothing;
+ * - followed by "." and the local domain, where there is one (see DOV0_GetLocalDomainName()) and the name has no ".".
+ *
+ * It is cut to #DOV0_HOST_NAME_SIZE - 1 bytes.
+ *
+ * @return the name, always at the same address, never to be freed or changed; null when there is no scratch storage
+ *         on the first call, which is reported as an error and tried again by the next call
+ *
+ * Any thread. The first call can take as long as a look-up of the local host's name.
+ */
+DOV0_EXPORT char *DOV0_LocalHostNameString(void) DOV0_NOEXCEPT;
+
+/**
+ * Gives the dotted IPv4 address of the local host, by its name from DOV0_LocalHostNameString(). Once it is known it
+ * is fixed for the life of the process.
+ *
+ * @return the address, never to be freed or changed; null when the name cannot be resolved or there is no storage,
+ *         which the next call tries again
+ *
+ * Any thread.
+ */
+DOV0_EXPORT char *DOV0_LocalHostAddrString(void) DOV0_NOEXCEPT;
+
+/**
+ * Gives the domain of the local host. Once there is one it is fixed for the life of the process:
+ *
+ * - none while the environment variable DOV_USE_DOMAIN_NAME begins with "N" or "n";
+ * - else DOV_TCPIP_DOMAIN_NAME where that is set, as it is, cut to #DOV0_HOST_NAME_SIZE - 1 bytes;
+ * - else what follows the first "." of the host's official name, if that name has two dots or more.
+ *
+ * @return the domain, never to be freed or changed; null when there is none, which the next call works out again. A
+ *         host name that cannot be had or resolved is reported as an error
+ *
+ * Any thread.
+ */
+DOV0_EXPORT char *DOV0_GetLocalDomainName(void) DOV0_NOEXCEPT;
+
+/**
+ * Copies the node name of the system (uname()). No terminator is written.
+ *
+ * @param out an area of #DOV0_COMPUTER_NAME_SIZE bytes that the caller has zeroed; null is reported as an error
+ * @return 1, also when there is nothing to copy, which is reported as an error
+ *
+ * Any thread.
+ *
+ *     char name[DOV0_COMPUTER_NAME_SIZE] = "";
+ *     DOV0_GetLocalComputerName(name);
+ */
+DOV0_EXPORT int32_t DOV0_GetLocalComputerName(char *out) DOV0_NOEXCEPT;
+
+/**
+ * Copies the name of the operating system (uname()). No terminator is written.
+ *
+ * @param out an area of #DOV0_HOST_INFO_SIZE bytes that the caller has zeroed; null is reported as an error
+ * @return 1, also when there is nothing to copy, which is reported as an error
+ *
+ * Any thread.
+ */
+DOV0_EXPORT int32_t DOV0_GetLocalHostInfo(char *out) DOV0_NOEXCEPT;
+
+/**
+ * Tells whether a name is that of the local host (DOV0_LocalHostNameString()). The case of letters does not count,
+ * and a name without a domain is the same host as one with a domain.
+ *
+ * @param name the name; null and the empty text are nobody's
+ * @return 1 when it is, else 0, also when the local host has no name or there is no storage
+ *
+ * Any thread.
+ */
+DOV0_EXPORT int32_t DOV0_IsOwnHostName(const char *name) DOV0_NOEXCEPT;
+
+/**
+ * Tells by its shape whether a text is a dotted IPv4 address. The numbers are not checked, nor is anything behind
+ * the first digit after the third dot.
+ *
+ * @param text the text; null has no shape
+ * @return the dots that are followed by a digit, up to #DOV0_ADDRESS_DOTS for the shape of an address; 0 when the
+ *         text does not begin with a digit or one of these dots is not followed by one
+ *
+ * Any thread.
+ */
+DOV0_EXPORT int32_t DOV0_IsThisAddressString(const char *text) DOV0_NOEXCEPT;
+
+/**
+ * Tells whether a text is a path rather than a plain name.
+ *
+ * @param text the text; null is no path
+ * @return 1 when it contains "/", else 0
+ *
+ * Any thread.
+ */
+DOV0_EXPORT int32_t DOV0_IsThisFullyQualifiedName(const char *text) DOV0_NOEXCEPT;
+
 /** @} */
 
 /**
  * @defgroup sockets Local sockets
  * @{
  */
+
+/** Socket types of DOV0_OpenLocalSocket(). */
+typedef enum DOV0_SocketType {
+    DOV0_SOCKET_STREAM = SOCK_STREAM,  /**< TCP */
+    DOV0_SOCKET_DATAGRAM = SOCK_DGRAM  /**< UDP */
+} DOV0_SocketType;
+
+/** Whether DOV0_OpenLocalSocket() lets an address be used again. */
+typedef enum DOV0_SocketReuse {
+    DOV0_SOCKET_REUSE = 0,   /**< SO_REUSEADDR on and, for TCP, no send delay */
+    DOV0_SOCKET_NO_REUSE = 1 /**< SO_REUSEADDR off and, for TCP, the send delay left on */
+} DOV0_SocketReuse;
+
+/** What DOV0_OpenLocalSocket() binds to. */
+typedef enum DOV0_SocketBinding {
+    DOV0_BIND_OWN_ADDRESS = 0, /**< the local host's own address */
+    DOV0_BIND_ANY_ADDRESS = 1  /**< any address of the local host */
+} DOV0_SocketBinding;
+
+/**
+ * Opens an IPv4 socket, binds it and puts it in non-blocking mode.
+ *
+ * The local host's own address is that of DOV0_LocalHostNameString() on the first open of the process, or 0 (any
+ * address) when that name did not resolve, and never changes. Descriptor 0 is not handed out: a socket that gets it
+ * stays open, and another one is opened.
+ *
+ * @param Type        #DOV0_SOCKET_STREAM or #DOV0_SOCKET_DATAGRAM; the system judges any other value
+ * @param Port        the port in network byte order, of which the low 16 bits are used; 0 lets the system choose
+ * @param LocalAddr   where the address and the port asked for are stored; see DOV0_RetrieveSockPort() for the port
+ *                    that the system chose
+ * @param SockNoReuse #DOV0_SOCKET_NO_REUSE, or any other value for #DOV0_SOCKET_REUSE
+ * @param errOut      where the error number of the last step that failed is stored, or 0. It can be other than 0
+ *                    although the socket is returned: only a failure to open or to bind fails the call
+ * @param InAddrAny   #DOV0_BIND_OWN_ADDRESS, or any other value for #DOV0_BIND_ANY_ADDRESS
+ * @return the descriptor, to be closed with DOV0_CloseTheSocket(); -1 on failure, also (with EINVAL) when LocalAddr
+ *         or errOut is null. Each step that fails is reported as an error
+ *
+ * Any thread. The first call can take as long as a look-up of the local host's name.
+ *
+ *     int32_t error = 0;
+ *     struct sockaddr_in own;
+ *     int32_t poller = DOV0_OpenLocalSocket(DOV0_SOCKET_DATAGRAM, 0, &own, DOV0_SOCKET_REUSE, &error,
+ *                                           DOV0_BIND_ANY_ADDRESS);
+ */
+DOV0_EXPORT int32_t DOV0_OpenLocalSocket(int32_t Type, int32_t Port, struct sockaddr_in *LocalAddr,
+                                         int32_t SockNoReuse, int32_t *errOut, int32_t InAddrAny) DOV0_NOEXCEPT;
+
+/**
+ * Gives the port that a socket is bound to.
+ *
+ * @param socket an IPv4 socket
+ * @return the port in host byte order, 0 when it is not bound; 0 also on failure, which is reported as an error
+ *
+ * Any thread.
+ */
+DOV0_EXPORT int32_t DOV0_RetrieveSockPort(int32_t socket) DOV0_NOEXCEPT;
+
+/**
+ * Applies an I/O control request to a socket (ioctl()).
+ *
+ * @param socket   the socket
+ * @param request  the request, for example FIONBIO
+ * @param argument what the request asks for, often the address of an int; may be null where the request allows it
+ * @return the result of ioctl(): -1 with errno set on failure, which is reported as an error
+ *
+ * Any thread.
+ */
+DOV0_EXPORT int32_t DOV0_SetSocketIoctl(int32_t socket, unsigned long request, void *argument) DOV0_NOEXCEPT;
+
+/**
+ * Closes a socket.
+ *
+ * @param socket the descriptor
+ * @return the result of close(): 0, or -1 on failure. Callers need not look at it
+ *
+ * A failure is reported as an error, except that a descriptor that is no socket is a detail and that nothing is said
+ * of descriptor 0.
+ *
+ * Any thread.
+ */
+DOV0_EXPORT int32_t DOV0_CloseTheSocket(int32_t socket) DOV0_NOEXCEPT;
+
+/**
+ * Starts the socket library. There is nothing to start on this system.
+ *
+ * @return 1
+ *
+ * Any thread.
+ */
+DOV0_EXPORT int32_t DOV0_WinSockInitialization(void) DOV0_NOEXCEPT;
 
 /** @} */
 

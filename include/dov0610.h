@@ -8,7 +8,8 @@
  *   says how an operator switches the trace.
  * - "Working storage" is what DOV0_GetStorage() gives out: zero-filled, and given back with
  *   DOV0_FreeStorage(). A result that is said to be owned by the caller is freed that way.
- * - A text is a zero-terminated sequence of bytes. Arguments must not be null unless it is said that they may be.
+ * - A text is a zero-terminated sequence of bytes. Arguments must not be null unless it is said that they may
+ * be.
  * - Lengths and sizes are in bytes unless another unit is named.
  */
 #ifndef DOV0610_H
@@ -29,12 +30,12 @@ extern "C" {
 
 /** Bits of a trace level: what a function writes to the trace. */
 typedef enum DOV0_TraceLevel {
-    DOV0_TRACE_DETAIL = 0x01,        /**< inputs, outputs and decisions */
-    DOV0_TRACE_STORAGE = 0x02,       /**< buffers allocated and freed */
-    DOV0_TRACE_DUMP = 0x0C,          /**< hex dumps of data; either bit of the pair is enough */
-    DOV0_TRACE_STATE = 0x10,         /**< intermediate results; also switches on the accounting of working storage */
-    DOV0_TRACE_FLOW = 0x40,          /**< entry and exit events */
-    DOV0_TRACE_ERROR = 0x80,         /**< failures */
+    DOV0_TRACE_DETAIL = 0x01,  /**< inputs, outputs and decisions */
+    DOV0_TRACE_STORAGE = 0x02, /**< buffers allocated and freed */
+    DOV0_TRACE_DUMP = 0x0C,    /**< hex dumps of data; either bit of the pair is enough */
+    DOV0_TRACE_STATE = 0x10, /**< intermediate results; also switches on the accounting of working storage */
+    DOV0_TRACE_FLOW = 0x40,  /**< entry and exit events */
+    DOV0_TRACE_ERROR = 0x80, /**< failures */
     DOV0_TRACE_CONFIGURATION = 0x100 /**< the report on the product specification */
 } DOV0_TraceLevel;
 

@@ -22,6 +22,7 @@
 #include <stdio.h>
 #include <sys/socket.h>
 #include <time.h>
+#include <uchar.h>
 
 #include "dov0610_platform.h"
 
@@ -1256,8 +1257,166 @@ DOV0_EXPORT void DOV0_CheckIntegerEndian(void *integer, int32_t size) DOV0_NOEXC
 
 /**
  * @defgroup unicode Unicode text and line reading
+ *
+ * The agent's internal text is UTF-8. UTF-16 text is in units of the host's byte order.
+ *
+ * A text file of unknown encoding is read by this sequence of calls; `examples/read_lines` is a whole program:
+ *
+ *     encoding = DOV0_LNG2_GetFileEncoding(path, &markLength, mark);   // null: no byte order mark
+ *     type = DOV0_LNG2_GetFileEncodingType(encoding);
+ *     stream = fopen(path, "rb");
+ *     fseek(stream, markLength, SEEK_SET);
+ *     while (DOV0_Fgets(buffer, sizeof buffer, stream, &count, encoding, type, 1) != NULL) {
+ *         ...
+ *     }
  * @{
  */
+
+/** Bits of a UTF encoding type. None: single bytes or UTF-8. */
+typedef enum DOV0_UTFEncodingBit {
+    DOV0_UTF_16BIT = 0x02,         /**< units of 16 bits */
+    DOV0_UTF_32BIT = 0x04,         /**< units of 32 bits */
+    DOV0_UTF_LITTLE_ENDIAN = 0x08, /**< low-order byte first */
+    DOV0_UTF_BIG_ENDIAN = 0x10     /**< high-order byte first */
+} DOV0_UTFEncodingBit;
+
+/** UTF encoding types. */
+typedef enum DOV0_UTFEncodingType {
+    DOV0_UTF_BYTES = 0,                                       /**< single bytes, UTF-8 and whatever else */
+    DOV0_UTF16 = DOV0_UTF_16BIT,                              /**< "UTF-16", read as big-endian */
+    DOV0_UTF16BE = DOV0_UTF_16BIT | DOV0_UTF_BIG_ENDIAN,      /**< "UTF-16BE" */
+    DOV0_UTF16LE = DOV0_UTF_16BIT | DOV0_UTF_LITTLE_ENDIAN,   /**< "UTF-16LE" */
+    DOV0_UTF32 = DOV0_UTF_32BIT,                              /**< "UTF-32", read as big-endian */
+    DOV0_UTF32BE = DOV0_UTF_32BIT | DOV0_UTF_BIG_ENDIAN,      /**< "UTF-32BE" */
+    DOV0_UTF32LE = DOV0_UTF_32BIT | DOV0_UTF_LITTLE_ENDIAN    /**< "UTF-32LE" */
+} DOV0_UTFEncodingType;
+
+/** Sizes in line reading. */
+enum {
+    DOV0_BYTE_ORDER_MARK_SIZE = 4,    /**< bytes of a mark that DOV0_LNG2_GetFileEncoding() stores */
+    DOV0_LINE_CONVERSION_SIZE = 8192  /**< longest converted line of DOV0_Fgets(), in bytes */
+};
+
+/**
+ * Opens the UTF-8 converter that all threads share. The operations that need it run this once, by themselves; a
+ * direct call replaces the converter.
+ *
+ * @param ignored not used; may be null
+ *
+ * A converter that cannot be opened is reported as an error. The operations that need it then give 0.
+ *
+ * Any thread.
+ */
+DOV0_EXPORT void DOV0_UTF8ConverterInitialization(void *ignored) DOV0_NOEXCEPT;
+
+/**
+ * Converts data in a named code set to UTF-16. Sequences that are malformed in the code set become U+FFFD.
+ *
+ * @param codeset   any converter name that ICU knows
+ * @param data      the data
+ * @param length    bytes of data, at least 1
+ * @param outBuffer set to a new buffer of length units, owned by the caller and freed with DOV0_FreeStorage(); the
+ *                  text in it is not terminated. Left alone on failure
+ * @param outCount  set to the number of units in the buffer. Left alone on failure
+ * @return the number of units; 0, with an error message, when an argument is null or length is below 1, for an
+ *         unknown code set, without storage, and when the text has more units than the data has bytes. Data that
+ *         stands for no text at all (a mark alone) also gives 0, and the buffer
+ *
+ * Any thread.
+ *
+ *     char16_t *text;
+ *     int32_t units;
+ *     if (DOV0_ConvertDataToUnicode("ISO-8859-1", data, length, &text, &units) != 0) {
+ *         ...
+ *         DOV0_FreeStorage(&text);
+ *     }
+ */
+DOV0_EXPORT int32_t DOV0_ConvertDataToUnicode(const char *codeset, const char *data, int32_t length,
+                                              char16_t **outBuffer, int32_t *outCount) DOV0_NOEXCEPT;
+
+/**
+ * Converts UTF-16 to UTF-8. Unpaired surrogates become U+FFFD.
+ *
+ * @param text   the text; null gives 0 with output untouched
+ * @param units  units of text; 0 or less gives 0 with output untouched
+ * @param output where the result is stored, always terminated
+ * @param size   bytes of output; 0 or less gives 0 with output untouched
+ * @return bytes of the result up to its terminator (a zero unit in text ends it early); 0, with an error message,
+ *         when the conversion fails and when the result and its terminator need more than size bytes. What fits is
+ *         in output then
+ *
+ * Any thread.
+ */
+DOV0_EXPORT int32_t DOV0_ConvertUnicodeToUTF8(const char16_t *text, int32_t units, char *output,
+                                              int32_t size) DOV0_NOEXCEPT;
+
+/**
+ * Counts the UTF-16 units of a UTF-8 text. A character outside the Basic Multilingual Plane counts twice, and each
+ * malformed sequence once, as U+FFFD.
+ *
+ * @param text      the text; null gives 0
+ * @param length    bytes of text; 0 or less gives 0
+ * @param outBuffer set to a new buffer with the text in UTF-16, not terminated, owned by the caller and freed with
+ *                  DOV0_FreeStorage(); also after a failed conversion, but left alone when there is no text. May
+ *                  be null when only the count is wanted
+ * @return the number of units; 0, with an error message, when the conversion fails or there is no storage
+ *
+ * Any thread.
+ */
+DOV0_EXPORT int32_t DOV0_GetUTF8CharacterCount(const char *text, int32_t length,
+                                               char16_t **outBuffer) DOV0_NOEXCEPT;
+
+/**
+ * Converts UTF-8 to the process's native code page: that of the current locale object, else that of ICU's default
+ * converter. What the code page cannot express is replaced by its substitution character.
+ *
+ * @param text   the text; null gives 0
+ * @param length bytes of text; 0 or less gives 0
+ * @param output where the result is stored; the supplied language support terminates it where there is room
+ * @param size   bytes of output
+ * @return bytes of the result; 0, with an error message, when there is no locale object and when the result does
+ *         not fit or cannot be made
+ *
+ * Any thread.
+ */
+DOV0_EXPORT int32_t DOV0_ConvertUTF8ToNative(const char *text, int32_t length, char *output,
+                                             int32_t size) DOV0_NOEXCEPT;
+
+/**
+ * Steps a pointer over UTF-8 characters.
+ *
+ * The terminator is a character like any other here: a count larger than the text steps over it into
+ * whatever follows. The text must hold as many characters as are asked for.
+ *
+ * @param text  the text; null and empty ones are reported as an error
+ * @param count characters to step over; 0 or less steps over none
+ * @return the address behind the characters, inside text. At a malformed sequence, which is reported as an error,
+ *         the address of that sequence. Null for a null or empty text
+ *
+ * Any thread.
+ */
+DOV0_EXPORT const char *DOV0_MoveStringPointerByChar(const char *text, int32_t count) DOV0_NOEXCEPT;
+
+/**
+ * Finds a character in a buffer of single bytes, of UTF-16 or of UTF-32. A match counts only where a unit begins.
+ *
+ * The search looks for the first non-zero byte of the character that is not its last (else for the last) and skips
+ * a unit at the first such byte in it that is out of place. So the character of zeros is not found, and backward
+ * neither is one that has the byte a second time further behind, like U+0A0A.
+ *
+ * @param buffer    the text; null gives null
+ * @param length    bytes of buffer; what is left over of the last unit is not searched
+ * @param character the character in the bytes of the encoding: one, two or four of them by type; null gives null
+ * @param type      one of #DOV0_UTFEncodingType; any other is searched like single bytes
+ * @param forward   other than 0: the first occurrence, 0: the last
+ * @return the address of the character in buffer, or null
+ *
+ * Any thread.
+ *
+ *     char *lineEnd = DOV0_FindChar(text, length, "\0\n", DOV0_UTF16BE, 1);
+ */
+DOV0_EXPORT char *DOV0_FindChar(const char *buffer, int32_t length, const char *character, uint16_t type,
+                                int32_t forward) DOV0_NOEXCEPT;
 
 /** @} */
 

@@ -12,6 +12,7 @@
 #include <pthread.h>
 #include <stdint.h>
 #include <time.h>
+#include <uchar.h>
 
 /* Marks a symbol that the shared library exports. */
 #define DOV0_EXPORT __attribute__((visibility("default")))
@@ -239,6 +240,188 @@ DOV0_EXPORT int32_t PLT1_ThreadID(void);
  * @param timeOut where seconds since the epoch and nanoseconds are stored; not null
  */
 DOV0_EXPORT void PLT1_GetTime(struct timespec *timeOut);
+
+/** @} */
+
+/**
+ * @defgroup language Language support
+ *
+ * Locales, code pages, translation between code pages, and resource bundles. The supplied layer stands on ICU.
+ *
+ * A status is an ICU status (UErrorCode): 0 is success, below 0 a warning that goes with a result, above 0 a
+ * failure. Every operation sets it, whatever it held before; u_errorName() gives its name.
+ *
+ * Code pages are numbers: the Unicode ones of #LNG2_CodepageId, otherwise those that ICU's converter table has as
+ * "windows-N", "ibm-N" or "cpN", in this order where they differ. ICU has no converter for 853.
+ *
+ * Converters and bundles that were opened are kept and used again, so that repeated calls open no file.
+ * @{
+ */
+
+/** Code pages of Unicode text. Names without a byte order ("UTF-16") mean the big-endian one. */
+typedef enum LNG2_CodepageId {
+    LNG2_CODEPAGE_UTF16BE = 1200, /**< UTF-16, big-endian */
+    LNG2_CODEPAGE_UTF16LE = 1202, /**< UTF-16, little-endian */
+    LNG2_CODEPAGE_UTF8 = 1208,    /**< UTF-8 */
+    LNG2_CODEPAGE_UTF32BE = 1232, /**< UTF-32, big-endian */
+    LNG2_CODEPAGE_UTF32LE = 1234  /**< UTF-32, little-endian */
+} LNG2_CodepageId;
+
+/** Language identifiers that do not follow the Windows numbering. */
+typedef enum LNG2_LanguageId {
+    LNG2_LANGUAGE_GREEK = 0x012C0019,  /**< Greek */
+    LNG2_LANGUAGE_TURKISH = 0x03180027 /**< Turkish */
+} LNG2_LanguageId;
+
+/** Bounds and statuses of the language support. */
+enum {
+    LNG2_LOCALE_NAME_SIZE = 128,    /**< bytes of a locale object's name, with the terminator */
+    LNG2_CODEPAGE_NAME_SIZE = 256,  /**< bytes that hold any code page's name, with the terminator */
+    LNG2_STATUS_BUFFER_OVERFLOW = 15 /**< the result did not fit and was cut */
+};
+
+/** A locale as one caller sees it: each call that gives one out makes a new one. */
+typedef struct LNG2_Locale {
+    int32_t languageId;               /**< Windows language identifier, or one of #LNG2_LanguageId; 0 if unknown */
+    int32_t codepage;                 /**< 0 until set; the caller may set it */
+    char name[LNG2_LOCALE_NAME_SIZE]; /**< ICU locale name; the caller may replace it */
+} LNG2_Locale;
+
+/** An open resource bundle; its fields belong to the language support. */
+typedef struct LNG2_ResourceBundle LNG2_ResourceBundle;
+
+/**
+ * Gives a locale object for the process's default locale (ICU's), with its code page not yet set.
+ *
+ * @param selector1 reserved, null
+ * @param selector2 reserved, null
+ * @param selector3 reserved, null
+ * @param status    set to the status; may be null
+ * @return a locale object, given back with LNG2_ReleaseLocale(); null when there is no storage
+ *
+ * Any thread.
+ */
+DOV0_EXPORT LNG2_Locale *LNG2_GetLocale(const void *selector1, const void *selector2, const void *selector3,
+                                        int32_t *status);
+
+/**
+ * Gives a locale object for the calling thread: the locale that the thread chose with uselocale(), else the
+ * process's default locale. Its code page is the Windows code page of its language; for a language without one
+ * (Hindi, for example) it is #LNG2_CODEPAGE_UTF8.
+ *
+ * @param status set to the status; may be null
+ * @return a locale object, given back with LNG2_ReleaseLocale(); null when there is no storage
+ *
+ * Any thread.
+ */
+DOV0_EXPORT LNG2_Locale *LNG2_GetThreadLocale(int32_t *status);
+
+/**
+ * Gives a locale object back. Any thread.
+ *
+ * @param locale the object; nothing is done for null
+ */
+DOV0_EXPORT void LNG2_ReleaseLocale(LNG2_Locale *locale);
+
+/**
+ * Looks up the code page that a converter name stands for.
+ *
+ * @param converterName any name or alias that ICU knows, in any case, for example "ISO-8859-1"; null fails
+ * @param status        set to the status; may be null. An unknown name is U_FILE_ACCESS_ERROR (4), a converter
+ *                      without a number U_UNSUPPORTED_ERROR (16)
+ * @return the code page, or 0
+ *
+ * Any thread.
+ */
+DOV0_EXPORT int32_t LNG2_GetCodepageId(const char *converterName, int32_t *status);
+
+/**
+ * Looks up a converter name of a code page: the preferred name for use in mail or that of the registry, where one
+ * leads back to the code page, else "windows-N", "ibm-N" or "cpN".
+ *
+ * @param codepage the code page
+ * @param name     where the name is stored; untouched on failure
+ * @param nameSize bytes of name; #LNG2_CODEPAGE_NAME_SIZE is always enough
+ * @return 0, or -1 when the code page is unknown or the name does not fit
+ *
+ * Any thread.
+ */
+DOV0_EXPORT int32_t LNG2_GetCodepageName(int32_t codepage, char *name, int32_t nameSize);
+
+/**
+ * Translates text from one code page to another. What is malformed, and what the target cannot express, is
+ * replaced by the target's substitution character and is no failure.
+ *
+ * @param targetCodepage code page of the result
+ * @param output         where the result is stored; a terminating zero byte follows where there is room
+ * @param outputCapacity bytes of output, at least 1
+ * @param sourceCodepage code page of the input
+ * @param input          the text; may be null when inputLength is 0
+ * @param inputLength    bytes of the text
+ * @param inputConsumed  set to the bytes of input that were read, which after an overflow may be more than the
+ *                       output shows; may be null
+ * @param reserved       0
+ * @param status         set to 0 when the whole result is stored, also when it fills output exactly;
+ *                       #LNG2_STATUS_BUFFER_OVERFLOW when it was cut at outputCapacity bytes, even inside a
+ *                       character; else the failure, U_FILE_ACCESS_ERROR (4) for an unknown code page. May be null
+ * @return bytes stored in output, 0 on a failure other than overflow
+ *
+ * Any thread.
+ */
+DOV0_EXPORT int32_t LNG2_TranslateString(int32_t targetCodepage, char *output, int32_t outputCapacity,
+                                         int32_t sourceCodepage, const char *input, int32_t inputLength,
+                                         int32_t *inputConsumed, int32_t reserved,
+                                         int32_t *status);
+
+/**
+ * Opens a resource bundle for a locale, with ICU's fall-back: to the parent locales, then to the process's
+ * default locale, then to the root bundle.
+ *
+ * A bundle is read from its files once; later calls get the one that is in memory.
+ *
+ * @param bundlePath the bundle's directory and name, for example "/usr/share/agent/messages/dovpmsg" for
+ *                   "/usr/share/agent/messages/dovpmsg/de.res"; null or empty fails
+ * @param locale     the locale, of which the name is used; null fails
+ * @param status     set to the status; may be null
+ * @return the bundle, given back with LNG2_ResourceClose(), or null
+ *
+ * Any thread. A bundle may be used by several threads at once.
+ */
+DOV0_EXPORT LNG2_ResourceBundle *LNG2_ResourceOpen(const char *bundlePath, LNG2_Locale *locale,
+                                                   int32_t *status);
+
+/**
+ * Fetches a text from a bundle, or from the bundles it falls back to.
+ *
+ * @param bundle an open bundle; null fails
+ * @param key    the text's key; null fails
+ * @param length set to the text's length in units; may be null
+ * @param status set to the status; may be null. A key that no bundle has is U_MISSING_RESOURCE_ERROR (2)
+ * @return the text in UTF-16, terminated, valid until the bundle is given back, or null
+ *
+ * Any thread.
+ */
+DOV0_EXPORT const char16_t *LNG2_GetStringByKey(LNG2_ResourceBundle *bundle, const char *key, int32_t *length,
+                                                int32_t *status);
+
+/**
+ * Gives a bundle back. Any thread.
+ *
+ * @param bundle the bundle; nothing is done for null
+ */
+DOV0_EXPORT void LNG2_ResourceClose(LNG2_ResourceBundle *bundle);
+
+/**
+ * Shows an operator message. The operation supplied here does nothing: the agent framework replaces it where
+ * there is one.
+ *
+ * @param sText    the message's -s text; may be null
+ * @param cText    the message's -c text; may be null
+ * @param message  the message
+ * @param reserved 0
+ */
+DOV0_EXPORT void AGF_CreateMessage(const char *sText, const char *cText, const char *message,
+                                   int32_t reserved);
 
 /** @} */
 

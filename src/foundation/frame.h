@@ -104,6 +104,11 @@ private:
     const uint32_t level;
 };
 
+// A line number that no value being returned is mistaken for.
+struct SourceLine {
+    int32_t number;
+};
+
 // A trace level with entry and exit events. Each return goes through leave(), whose line it reports.
 class Frame : public TraceLevel {
 public:
@@ -125,10 +130,10 @@ public:
     }
 
     // Exit of a function without a result.
-    void leave(int32_t line = __builtin_LINE()) const noexcept
+    void leave(SourceLine line = SourceLine{__builtin_LINE()}) const noexcept
     {
         if (traces(Trace::Flow)) {
-            TRC1_Event(block(), line, TRC1_EVENT_EXIT);
+            TRC1_Event(block(), line.number, TRC1_EVENT_EXIT);
         }
     }
 
@@ -136,7 +141,7 @@ public:
     template <typename Value>
     Value leaveUnreported(Value value, int32_t line = __builtin_LINE()) const noexcept
     {
-        leave(line);
+        leave(SourceLine{line});
         return value;
     }
 

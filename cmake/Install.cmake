@@ -13,5 +13,14 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/dov0610-config-version.cm
 install(FILES ${PROJECT_BINARY_DIR}/dov0610-config.cmake ${PROJECT_BINARY_DIR}/dov0610-config-version.cmake
     DESTINATION ${package_folder})
 
+# The pkg-config file finds the rest from where it is, so that an installation may be moved.
+file(RELATIVE_PATH DOV0_PREFIX_FROM_PC ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+foreach(folder LIBDIR INCLUDEDIR)
+    if(IS_ABSOLUTE ${CMAKE_INSTALL_${folder}})
+        set(DOV0_PC_${folder} ${CMAKE_INSTALL_${folder}})
+    else()
+        set(DOV0_PC_${folder} "\${prefix}/${CMAKE_INSTALL_${folder}}")
+    endif()
+endforeach()
 configure_file(${PROJECT_SOURCE_DIR}/cmake/dov0610.pc.in ${PROJECT_BINARY_DIR}/dov0610.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/dov0610.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -8,7 +8,8 @@
  *   says how an operator switches the trace.
  * - "Working storage" is what DOV0_GetStorage() gives out: zero-filled, and given back with
  *   DOV0_FreeStorage(). A result that is said to be owned by the caller is freed that way.
- * - A text is a zero-terminated sequence of bytes. Arguments must not be null unless it is said that they may be.
+ * - A text is a zero-terminated sequence of bytes. Arguments must not be null unless it is said that they may
+ * be.
  * - Lengths and sizes are in bytes unless another unit is named.
  */
 #ifndef DOV0610_H
@@ -29,12 +30,12 @@ extern "C" {
 
 /** Bits of a trace level: what a function writes to the trace. */
 typedef enum DOV0_TraceLevel {
-    DOV0_TRACE_DETAIL = 0x01,        /**< inputs, outputs and decisions */
-    DOV0_TRACE_STORAGE = 0x02,       /**< buffers allocated and freed */
-    DOV0_TRACE_DUMP = 0x0C,          /**< hex dumps of data; either bit of the pair is enough */
-    DOV0_TRACE_STATE = 0x10,         /**< intermediate results; also switches on the accounting of working storage */
-    DOV0_TRACE_FLOW = 0x40,          /**< entry and exit events */
-    DOV0_TRACE_ERROR = 0x80,         /**< failures */
+    DOV0_TRACE_DETAIL = 0x01,  /**< inputs, outputs and decisions */
+    DOV0_TRACE_STORAGE = 0x02, /**< buffers allocated and freed */
+    DOV0_TRACE_DUMP = 0x0C,    /**< hex dumps of data; either bit of the pair is enough */
+    DOV0_TRACE_STATE = 0x10, /**< intermediate results; also switches on the accounting of working storage */
+    DOV0_TRACE_FLOW = 0x40,  /**< entry and exit events */
+    DOV0_TRACE_ERROR = 0x80, /**< failures */
     DOV0_TRACE_CONFIGURATION = 0x100 /**< the report on the product specification */
 } DOV0_TraceLevel;
 
@@ -103,8 +104,8 @@ enum {
 
 /**
  * Looks a variable up: in the process environment, and where that does not define it among the variables
- * that were set with DOV0_PutEnv(). An empty value counts as unset; an empty one of the process environment still
- * hides a variable set with DOV0_PutEnv().
+ * that were set with DOV0_PutEnv(). An empty value counts as unset; an empty one of the process environment
+ * still hides a variable set with DOV0_PutEnv().
  *
  * Variables set with DOV0_PutEnv() have upper-case names and the name is compared as it is, so only an
  * upper-case name finds one. Nothing is cached: each call sees the process environment of its moment.
@@ -205,11 +206,12 @@ DOV0_EXPORT int32_t DOV0_ConditionTimedWait(pthread_cond_t *condVar, pthread_mut
  * @param argument    passed to start; may be null
  * @param detachState #DOV0_THREAD_JOINABLE or #DOV0_THREAD_DETACHED. Any other value is reported as an error,
  *                    and the thread is created and detached all the same
- * @param thread      where the thread's identity is stored; it must stay valid until this function returns. May be
- *                    null when the identity is not wanted
+ * @param thread      where the thread's identity is stored; it must stay valid until this function returns.
+ *                    May be null when the identity is not wanted
  * @return 0, or -1 when the thread was not started or detachState was neither of the two
  *
- * A thread that was not started is reported as an error with the system's error number, which is also in errno.
+ * A thread that was not started is reported as an error with the system's error number, which is also in
+ * errno.
  *
  * Any thread.
  */
@@ -230,16 +232,16 @@ DOV0_EXPORT int32_t DOV0_SetCloExecFlag(int32_t fileDescriptor) DOV0_NOEXCEPT;
 /**
  * Splits a text into tokens, one per call, like strtok(), but with a position for each thread.
  *
- * A thread holds one of #DOV0_STRTOK_SLOTS slots from its first call for a text until the call that returns no
- * token. A thread that begins another text before that uses its slot again; one that never reaches the
+ * A thread holds one of #DOV0_STRTOK_SLOTS slots from its first call for a text until the call that returns
+ * no token. A thread that begins another text before that uses its slot again; one that never reaches the
  * end keeps it for good.
  *
- * @param text       the text to split, on the first call; it is changed in place, and stays the caller's. Null on
- *                   the calls that continue it. Null without a text to continue gives null
- * @param delimiters the bytes that separate tokens; they may differ from call to call. Null stands for none, so
- *                   that the rest of the text is one token
- * @return the next token, inside the text, or null when there is none left or when all slots are held by other
- *         threads, which is reported as an error
+ * @param text       the text to split, on the first call; it is changed in place, and stays the caller's.
+ *                   Null on the calls that continue it. Null without a text to continue gives null
+ * @param delimiters the bytes that separate tokens; they may differ from call to call. Null stands for none,
+ *                   so that the rest of the text is one token
+ * @return the next token, inside the text, or null when there is none left or when all slots are held by
+ *         other threads, which is reported as an error
  *
  * Any thread.
  *
@@ -270,6 +272,16 @@ DOV0_EXPORT char *DOV0_strtok(char *text, const char *delimiters) DOV0_NOEXCEPT;
  * @{
  */
 
+/** What DOV0_RemoveCRandLF() removes. */
+typedef enum DOV0_LineEndMode {
+    DOV0_REMOVE_CR = 'R',  /**< the carriage return only */
+    DOV0_REMOVE_LF = 'F',  /**< the line feed only */
+    DOV0_REMOVE_BOTH = 'B' /**< both */
+} DOV0_LineEndMode;
+
+/** Size in bytes of the area that DOV0_terminateString() fills, the terminator included. */
+#define DOV0_TERMINATED_STRING_SIZE 1024
+
 /**
  * Turns the letters of a text into upper case, by the rules of the current locale for single bytes.
  *
@@ -284,6 +296,56 @@ DOV0_EXPORT char *DOV0_strtok(char *text, const char *delimiters) DOV0_NOEXCEPT;
  */
 DOV0_EXPORT char *DOV0_ConvertStringToUpper(char *text, int32_t copy) DOV0_NOEXCEPT;
 
+/**
+ * Removes the line end of a text in place. Only the first carriage return and the first line feed are
+ * looked at. One within the last two characters of the text cuts the text off there; one further inside
+ * becomes a blank, so that the rest is kept.
+ *
+ * @param text the text, changed in place; null gives an error message only
+ * @param mode one of #DOV0_LineEndMode; any other character removes nothing
+ *
+ * Any thread, as long as no other one uses the text.
+ *
+ *     DOV0_RemoveCRandLF(line, DOV0_REMOVE_BOTH);
+ */
+DOV0_EXPORT void DOV0_RemoveCRandLF(char *text, char mode) DOV0_NOEXCEPT;
+
+/**
+ * Keeps the rightmost maxLength characters of a text that is longer, in place.
+ *
+ * @param text          the text; null gives an error message only
+ * @param currentLength its length in bytes, which is not measured; nothing changes when it is not above
+ *                      maxLength
+ * @param maxLength     bytes to keep, at least 1; below, an error message is traced and nothing changes
+ *
+ * Any thread, as long as no other one uses the text.
+ */
+DOV0_EXPORT void DOV0_TruncateFromLeft(char *text, int32_t currentLength, int32_t maxLength) DOV0_NOEXCEPT;
+
+/**
+ * Makes a text of a fixed-width field: the bytes before a terminator character, or the whole field when
+ * it does not occur.
+ *
+ * @param text       the field, which needs no zero byte at its end; null counts as an empty field
+ * @param terminator the character that ends the text within the field
+ * @param length     width of the field in bytes. Of what it holds, #DOV0_TERMINATED_STRING_SIZE - 1 bytes at
+ *                   most are taken; 0 or less gives an empty text
+ * @return a static area, not to be freed, that the next call overwrites
+ *
+ * One thread at a time: the area is shared by all.
+ */
+DOV0_EXPORT char *DOV0_terminateString(const char *text, char terminator, int32_t length) DOV0_NOEXCEPT;
+
+/**
+ * Replaces each byte of a name by '_' that is neither a letter nor a digit of the current locale nor one
+ * of '_', '*' and '-'.
+ *
+ * @param name the name, changed in place; null gives an error message only
+ *
+ * Any thread, as long as no other one uses the name or changes the locale.
+ */
+DOV0_EXPORT void DOV0_SubValidNameCharacter(char *name) DOV0_NOEXCEPT;
+
 /** @} */
 
 /**
@@ -297,6 +359,104 @@ DOV0_EXPORT char *DOV0_ConvertStringToUpper(char *text, int32_t copy) DOV0_NOEXC
  * @defgroup records Records, dumps and paths
  * @{
  */
+
+/** Size in bytes of a fully qualified file name, the terminator included. */
+#define DOV0_PATH_NAME_SIZE 512
+
+/**
+ * Scrambles a text record in place so that it is unreadable at sight. Printable ASCII characters are
+ * replaced by others, by a shift that differs from position to position; all other bytes stay. This
+ * keeps a casual reader out and is no encryption.
+ *
+ * @param record the record, changed in place, its length kept; null is returned as it is
+ * @param seed   any number; the same one restores the record
+ * @return record
+ *
+ * Any thread, as long as no other one uses the record.
+ */
+DOV0_EXPORT char *DOV0_EncipherRecord(char *record, int32_t seed) DOV0_NOEXCEPT;
+
+/**
+ * Restores in place a text record that DOV0_EncipherRecord() scrambled.
+ *
+ * @param record the record, changed in place, its length kept; null is returned as it is
+ * @param seed   the number that it was scrambled with
+ * @return record
+ *
+ * Any thread, as long as no other one uses the record. Reports no entry and exit events.
+ */
+DOV0_EXPORT char *DOV0_DecipherMetaRecord(char *record, int32_t seed) DOV0_NOEXCEPT;
+
+/**
+ * Computes a 16-bit checksum in the manner of the Internet checksum, with a term of its own: for every
+ * four bytes the word made of the first and the third is added once more.
+ *
+ * @param data           the bytes; only read. Null gives an error message and 0
+ * @param size           how many; the last size modulo 4 are ignored
+ * @param inNetworkOrder 0 for local characters, which are summed in their network form
+ *                       (DOV0_ConvertDataToNetwork()); any other value for bytes to be summed as they are
+ * @return the checksum, 0 to 65535; 0 (with an error message) also when size is below 4 or there is no
+ *         storage
+ *
+ * Any thread.
+ */
+DOV0_EXPORT int32_t DOV0_ComputeCheckSum(const void *data, int32_t size,
+                                         int32_t inNetworkOrder) DOV0_NOEXCEPT;
+
+/**
+ * Writes memory to the trace as a hexadecimal dump with its characters beside it, sixteen bytes a line,
+ * whatever the trace level. Each line begins with the position from the start of the dump in hexadecimal.
+ * When the dump begins before base, the line that holds base is written in two parts, split there.
+ *
+ * @param base the address that the limits count from; null gives an error message only
+ * @param from bytes from base to the first byte of the dump; may be negative
+ * @param to   bytes from base to the end of the dump, not included; nothing is written when it is not above
+ *             from
+ *
+ * Any thread. No other thread may change the memory meanwhile.
+ */
+DOV0_EXPORT void DOV0_PrintDump(const void *base, int32_t from, int32_t to) DOV0_NOEXCEPT;
+
+/**
+ * Makes a directory name end in a separator, in a copy. It is appended also when there is one already.
+ *
+ * @param pathSpec the directory; null gives null without a message
+ * @return a new block with the name and "/", owned by the caller and freed with DOV0_FreeStorage(); null
+ *         (with an error message) when there is no storage
+ *
+ * Any thread.
+ */
+DOV0_EXPORT char *DOV0_CheckPathSpec(const char *pathSpec) DOV0_NOEXCEPT;
+
+/**
+ * Makes a full path name of a file name. Nothing is put between the two parts, so a directory has to end
+ * in "/".
+ *
+ * Without a directory the work directory is taken: the value of the environment variable DOV_WORK_PATH with
+ * "/" appended, or "./work/" when that is unset or empty. It is settled by the first call of the process that
+ * succeeds; a later change of the variable has no effect.
+ *
+ * @param pathSpec the directory; null for the work directory
+ * @param nameSpec the file's name; null gives an error message and null
+ * @return a new block of #DOV0_PATH_NAME_SIZE bytes with the path name, owned by the caller and freed with
+ *         DOV0_FreeStorage(). What no longer fits is left out, with a warning in the trace. Null (with an
+ *         error message) when there is no storage
+ *
+ * Any thread, as long as none changes the environment.
+ *
+ *     char *name = DOV0_ConstructFullyQualifiedName("/var/agent/", "agent.log");
+ */
+DOV0_EXPORT char *DOV0_ConstructFullyQualifiedName(const char *pathSpec, const char *nameSpec) DOV0_NOEXCEPT;
+
+/**
+ * Closes a stream and sets the caller's pointer to null, also when closing it fails.
+ *
+ * @param stream address of the caller's stream pointer; null, or the address of a null pointer, gives an
+ *               error message only
+ *
+ * Any thread, as long as no other one uses the stream or the pointer.
+ */
+DOV0_EXPORT void DOV0_CloseFile(FILE **stream) DOV0_NOEXCEPT;
 
 /** @} */
 
@@ -622,6 +782,99 @@ DOV0_EXPORT char *DOV0_DetermineNodeServiceType(int32_t services) DOV0_NOEXCEPT;
  * @defgroup byteorder EBCDIC, ASCII and byte order
  * @{
  */
+
+/** Types of data for DOV0_CheckCodeConversion(). */
+typedef enum DOV0_SourceType {
+    DOV0_SOURCE_ASCII = 'A', /**< text in an ASCII code page */
+    DOV0_SOURCE_EBCDIC = 'E' /**< text in EBCDIC */
+} DOV0_SourceType;
+
+/**
+ * Brings characters from the network character set (EBCDIC code page 1047) into the local one (ASCII), in
+ * place. What 7-bit ASCII does not have becomes a question mark. A few control characters do not come
+ * back from a way to the network and back: 0x1C to 0x1F and 0x7F.
+ *
+ * @param buffer the bytes, changed in place; null gives an error message when length is above 0
+ * @param length how many; 0 or less converts nothing
+ *
+ * Any thread, as long as no other one uses the buffer.
+ */
+DOV0_EXPORT void DOV0_ConvertDataToLocal(void *buffer, int32_t length) DOV0_NOEXCEPT;
+
+/**
+ * Brings characters from the local character set (ASCII) into the network one (EBCDIC code page 1047), in
+ * place. A byte above 0x7F becomes an EBCDIC question mark and is named in a detail message.
+ *
+ * @param buffer the bytes, changed in place; null gives an error message when length is above 0
+ * @param length how many; 0 or less converts nothing
+ *
+ * Any thread, as long as no other one uses the buffer.
+ */
+DOV0_EXPORT void DOV0_ConvertDataToNetwork(void *buffer, int32_t length) DOV0_NOEXCEPT;
+
+/**
+ * Turns EBCDIC code page 1047 into 7-bit ASCII in place, whatever the local character set, otherwise like
+ * DOV0_ConvertDataToLocal().
+ *
+ * @param buffer the bytes, changed in place; null gives an error message when length is above 0
+ * @param length how many; 0 or less converts nothing
+ *
+ * Any thread, as long as no other one uses the buffer.
+ */
+DOV0_EXPORT void DOV0_ConvertEBCDICtoASCII(void *buffer, int32_t length) DOV0_NOEXCEPT;
+
+/**
+ * Tells whether data is pure 7-bit ASCII.
+ *
+ * @param buffer the bytes, or null for none
+ * @param length how many; 0 or less for none
+ * @return 0 when a byte has its high bit set, else 1
+ *
+ * Any thread.
+ */
+DOV0_EXPORT int32_t DOV0_IsSourceASCII(const void *buffer, int32_t length) DOV0_NOEXCEPT;
+
+/**
+ * Decides whether data that arrives has to be converted for this process. On an ASCII host only ASCII
+ * data in the default converter's code page, under an English default locale ("en_" in its name), is taken
+ * as it stands. The defaults are ICU's, ucnv_getDefaultName() and uloc_getDefault().
+ *
+ * @param type     one of #DOV0_SourceType; any other character means data in neither
+ * @param codepage name of the data's code page, compared exactly; null for the default one
+ * @return 1 when the data has to be converted, else 0
+ *
+ * Any thread, as long as none changes ICU's defaults.
+ */
+DOV0_EXPORT int32_t DOV0_CheckCodeConversion(char type, const char *codepage) DOV0_NOEXCEPT;
+
+/**
+ * Reverses the bytes of a 16-bit integer, whatever the host's byte order.
+ *
+ * @param integer its two bytes, changed in place, at any alignment; null gives an error message only
+ *
+ * Any thread, as long as no other one uses the integer.
+ */
+DOV0_EXPORT void DOV0_ConvertShortEndian(void *integer) DOV0_NOEXCEPT;
+
+/**
+ * Reverses the bytes of a 32-bit integer, whatever the host's byte order.
+ *
+ * @param integer its four bytes, changed in place, at any alignment; null gives an error message only
+ *
+ * Any thread, as long as no other one uses the integer.
+ */
+DOV0_EXPORT void DOV0_ConvertLongEndian(void *integer) DOV0_NOEXCEPT;
+
+/**
+ * Brings an integer from network order into the host's, or back: a little-endian host reverses its bytes,
+ * a big-endian one changes nothing.
+ *
+ * @param integer its bytes, changed in place, at any alignment; null is left alone
+ * @param size    2 or 4; an integer of any other size is left alone
+ *
+ * Any thread, as long as no other one uses the integer.
+ */
+DOV0_EXPORT void DOV0_CheckIntegerEndian(void *integer, int32_t size) DOV0_NOEXCEPT;
 
 /** @} */
 

@@ -16,7 +16,8 @@
 /* Marks a symbol that the shared library exports. */
 #define DOV0_EXPORT __attribute__((visibility("default")))
 
-/* No function of this library throws. */
+/* No DOV0_ function throws. The operations of this header are declared without it, so that a host may define them
+ * as it likes; an exception that leaves a replacement ends the process. */
 #ifdef __cplusplus
 #define DOV0_NOEXCEPT noexcept
 #else
@@ -24,7 +25,7 @@
 #endif
 
 /* Lets the compiler check a message against its format. */
-#define DOV0_PRINTF_FORMAT(formatIndex, firstArgument)                                             \
+#define DOV0_PRINTF_FORMAT(formatIndex, firstArgument)                                                       \
     __attribute__((format(printf, formatIndex, firstArgument)))
 
 #ifdef __cplusplus
@@ -47,12 +48,12 @@ typedef struct TRC1_Tag {
 
 /** What the entries of a unit block point at, in the order in which they stand. */
 typedef enum TRC1_UnitTag {
-    TRC1_TAG_FILE_NAME = 10,   /**< text: name of the source file, for example "dov0gsto" */
+    TRC1_TAG_FILE_NAME = 10,    /**< text: name of the source file, for example "dov0gsto" */
     TRC1_TAG_COMPILE_DATE = 11, /**< text: "Mmm dd yyyy" */
-    TRC1_TAG_COMPILE_TIME = 8, /**< text: "hh:mm:ss" */
-    TRC1_TAG_COMPONENT = 6,    /**< text: component level tag, "DOV610" */
-    TRC1_TAG_CLASS = 1,        /**< text: class mark, "*" */
-    TRC1_TAG_END = 0           /**< ends the list; its value is the build information record */
+    TRC1_TAG_COMPILE_TIME = 8,  /**< text: "hh:mm:ss" */
+    TRC1_TAG_COMPONENT = 6,     /**< text: component level tag, "DOV610" */
+    TRC1_TAG_CLASS = 1,         /**< text: class mark, "*" */
+    TRC1_TAG_END = 0            /**< ends the list; its value is the build information record */
 } TRC1_UnitTag;
 
 /** Trace control data of one source file. */
@@ -95,8 +96,8 @@ typedef struct TRC1_EntryBlock {
  *   flow, error, config, all, none) or one number, decimal or with 0x. Unset or empty: nothing is traced.
  *   A malformed piece is named once on the trace output; the rest of the list is used.
  * - DOV_TRACE_FILE: the file to append to, opened close-on-exec; unset or empty: standard error.
- * - DOV_TRACE_LIMIT: bound of that file in megabytes (2^20 bytes), a whole number above 0. The message that would
- *   pass it is preceded by renaming the file with ".1" behind it and beginning it again. Unset: no bound.
+ * - DOV_TRACE_LIMIT: bound of that file in megabytes (2^20 bytes), a whole number above 0. The message that
+ * would pass it is preceded by renaming the file with ".1" behind it and beginning it again. Unset: no bound.
  *
  * In a process that runs with raised privileges the three variables are ignored.
  *
@@ -109,9 +110,9 @@ typedef struct TRC1_EntryBlock {
 
 /** Kinds of flow event for TRC1_Event(). */
 typedef enum TRC1_EventKind {
-    TRC1_EVENT_ENTRY = 0,     /**< a function was entered */
+    TRC1_EVENT_ENTRY = 0,      /**< a function was entered */
     TRC1_EVENT_EXIT_VALUE = 1, /**< it returns a value: one intptr_t follows */
-    TRC1_EVENT_EXIT = 2       /**< it returns without a value */
+    TRC1_EVENT_EXIT = 2        /**< it returns without a value */
 } TRC1_EventKind;
 
 /**
@@ -121,7 +122,7 @@ typedef enum TRC1_EventKind {
  * @param block the function's entry block; not null
  * @return the level bits (DOV0_TRACE_DETAIL and so on)
  */
-DOV0_EXPORT uint32_t TRC1_Sync(TRC1_EntryBlock *block) DOV0_NOEXCEPT;
+DOV0_EXPORT uint32_t TRC1_Sync(TRC1_EntryBlock *block);
 
 /**
  * Records a flow event: "entry", "exit" or "exit VALUE". A value within 32 bits is written in
@@ -131,7 +132,7 @@ DOV0_EXPORT uint32_t TRC1_Sync(TRC1_EntryBlock *block) DOV0_NOEXCEPT;
  * @param line  source line of the event
  * @param kind  one of #TRC1_EventKind; kind 1 is followed by one intptr_t
  */
-DOV0_EXPORT void TRC1_Event(TRC1_EntryBlock *block, int32_t line, int32_t kind, ...) DOV0_NOEXCEPT;
+DOV0_EXPORT void TRC1_Event(TRC1_EntryBlock *block, int32_t line, int32_t kind, ...);
 
 /**
  * Writes one message. A line end at the end of the text is not doubled; a missing one is added. Any thread.
@@ -140,7 +141,7 @@ DOV0_EXPORT void TRC1_Event(TRC1_EntryBlock *block, int32_t line, int32_t kind, 
  * @param line   source line of the message
  * @param format a printf format, followed by its arguments
  */
-DOV0_EXPORT void TRC1_Printf(TRC1_EntryBlock *block, int32_t line, const char *format, ...) DOV0_NOEXCEPT
+DOV0_EXPORT void TRC1_Printf(TRC1_EntryBlock *block, int32_t line, const char *format, ...)
     DOV0_PRINTF_FORMAT(3, 4);
 
 /**
@@ -153,7 +154,7 @@ DOV0_EXPORT void TRC1_Printf(TRC1_EntryBlock *block, int32_t line, const char *f
  * @param itemFormat a printf format for one byte, given as unsigned int, for example "%02.2X"
  */
 DOV0_EXPORT void TRC1_Dump(TRC1_EntryBlock *block, int32_t line, const void *address, int32_t length,
-                           const char *itemFormat) DOV0_NOEXCEPT;
+                           const char *itemFormat);
 
 /**
  * Changes the levels and the output while the process runs and advances the generation, so that
@@ -164,7 +165,7 @@ DOV0_EXPORT void TRC1_Dump(TRC1_EntryBlock *block, int32_t line, const void *add
  * @return 0, or -1 with nothing changed when the list is malformed (the piece is named on the trace
  *         output in effect) or the file cannot be opened
  */
-DOV0_EXPORT int32_t TRC1_Configure(const char *levels, const char *file) DOV0_NOEXCEPT;
+DOV0_EXPORT int32_t TRC1_Configure(const char *levels, const char *file);
 
 /** @} */
 
@@ -178,8 +179,8 @@ DOV0_EXPORT int32_t TRC1_Configure(const char *levels, const char *file) DOV0_NO
  * The fields belong to the platform layer.
  */
 typedef struct PLT1_Lock {
-    pthread_mutex_t mutex;
-    int32_t initialized;
+    pthread_mutex_t mutex; /**< what the lock is made of */
+    int32_t initialized;   /**< 1 once the lock has been initialised */
 } PLT1_Lock;
 
 /**
@@ -189,20 +190,32 @@ typedef struct PLT1_Lock {
  * @param reserved 0
  * @return its value, not to be freed or changed, or null when it is not set
  */
-DOV0_EXPORT const char *PLT1_GetEnv(const char *name, int32_t reserved) DOV0_NOEXCEPT;
-
-/** Initialises a lock in zeroed storage. On a lock that is initialised it does nothing. Any thread. */
-DOV0_EXPORT void PLT1_InitializeLock(PLT1_Lock *lock) DOV0_NOEXCEPT;
-
-/** Acquires a lock, waiting until it is free. Any thread that does not hold it. */
-DOV0_EXPORT void PLT1_GetLock(PLT1_Lock *lock) DOV0_NOEXCEPT;
-
-/** Releases a lock. The thread that holds it. */
-DOV0_EXPORT void PLT1_ReleaseLock(PLT1_Lock *lock) DOV0_NOEXCEPT;
+DOV0_EXPORT const char *PLT1_GetEnv(const char *name, int32_t reserved);
 
 /**
- * Runs a function exactly once in the process, however many threads call; every caller returns after it has run.
- * The function must not come back with the same control word. Any thread.
+ * Initialises a lock. Any thread.
+ *
+ * @param lock zeroed static storage, or a lock that is initialised already and stays as it is; not null
+ */
+DOV0_EXPORT void PLT1_InitializeLock(PLT1_Lock *lock);
+
+/**
+ * Acquires a lock, waiting until it is free. Any thread that does not hold it.
+ *
+ * @param lock an initialised lock; not null
+ */
+DOV0_EXPORT void PLT1_GetLock(PLT1_Lock *lock);
+
+/**
+ * Releases a lock. The thread that holds it.
+ *
+ * @param lock a lock that the calling thread holds; not null
+ */
+DOV0_EXPORT void PLT1_ReleaseLock(PLT1_Lock *lock);
+
+/**
+ * Runs a function exactly once in the process, however many threads call; every caller returns after it has
+ * run. The function must not come back with the same control word. Any thread.
  *
  * @param control    the control word, static, 0 at start; below 0 when the function has run
  * @param function   what to run; not null
@@ -211,13 +224,21 @@ DOV0_EXPORT void PLT1_ReleaseLock(PLT1_Lock *lock) DOV0_NOEXCEPT;
  * @param line       the caller's line
  */
 DOV0_EXPORT void PLT1_InitializeOnce(int32_t *control, void (*function)(void *), void *argument,
-                                     const char *sourceFile, int32_t line) DOV0_NOEXCEPT;
+                                     const char *sourceFile, int32_t line);
 
-/** @return the calling thread's identifier: stable for its life, distinct between live threads, never 0 */
-DOV0_EXPORT int32_t PLT1_ThreadID(void) DOV0_NOEXCEPT;
+/**
+ * Identifies the calling thread.
+ *
+ * @return a number that is stable for the thread's life, distinct between live threads, and never 0
+ */
+DOV0_EXPORT int32_t PLT1_ThreadID(void);
 
-/** Stores the current wall-clock time. @param timeOut seconds since the epoch and nanoseconds; not null */
-DOV0_EXPORT void PLT1_GetTime(struct timespec *timeOut) DOV0_NOEXCEPT;
+/**
+ * Reads the wall clock.
+ *
+ * @param timeOut where seconds since the epoch and nanoseconds are stored; not null
+ */
+DOV0_EXPORT void PLT1_GetTime(struct timespec *timeOut);
 
 /** @} */
 

@@ -4,8 +4,7 @@
 #include <cerrno>
 #include <limits>
 
-namespace
-{
+namespace {
 
 // A deadline that time_t cannot hold becomes the last or first one that it can.
 time_t later(time_t now, int32_t seconds) noexcept

@@ -1,4 +1,5 @@
-// Tells whether a block may be used, which means no more than that its pointer is not null. A leaf: no flow events.
+// Tells whether a block may be used, which means no more than that its pointer is not null. A leaf: no flow
+// events.
 #include "foundation/frame.h"
 
 TRACE_CONTROL("dov0ivbp", DOV0_IsValidBlockPointer);

@@ -5,8 +5,7 @@
 #include <atomic>
 #include <cstring>
 
-namespace
-{
+namespace {
 
 struct SavedPosition {
     std::atomic<char *> savePointer;

@@ -27,7 +27,8 @@ private:
     void initialize() noexcept
     {
         int32_t found = Untouched;
-        if (__atomic_compare_exchange_n(&state, &found, InProgress, false, __ATOMIC_ACQUIRE, __ATOMIC_ACQUIRE)) {
+        if (__atomic_compare_exchange_n(&state, &found, InProgress, false, __ATOMIC_ACQUIRE,
+                                        __ATOMIC_ACQUIRE)) {
             PLT1_InitializeLock(&lock);
             __atomic_store_n(&state, Ready, __ATOMIC_RELEASE);
             return;

@@ -67,7 +67,8 @@ constexpr uint32_t Configuration = DOV0_TRACE_CONFIGURATION;
 class TraceLevel {
 public:
     explicit TraceLevel(TRC1_EntryBlock &entryBlock) noexcept
-        : theBlock(entryBlock), level(isCurrent(entryBlock) ? cachedLevel(entryBlock) : synchronise(entryBlock))
+        : theBlock(entryBlock),
+          level(isCurrent(entryBlock) ? cachedLevel(entryBlock) : synchronise(entryBlock))
     {
     }
     TraceLevel(const TraceLevel &) = delete;
@@ -106,7 +107,8 @@ private:
 // A trace level with entry and exit events. Each return goes through leave(), whose line it reports.
 class Frame : public TraceLevel {
 public:
-    explicit Frame(TRC1_EntryBlock &entryBlock, int32_t line = __builtin_LINE()) noexcept : TraceLevel(entryBlock)
+    explicit Frame(TRC1_EntryBlock &entryBlock, int32_t line = __builtin_LINE()) noexcept
+        : TraceLevel(entryBlock)
     {
         if (traces(Trace::Flow)) {
             TRC1_Event(block(), line, TRC1_EVENT_ENTRY);
@@ -131,7 +133,8 @@ public:
     }
 
     // Exit whose event carries no value although the function returns one.
-    template <typename Value> Value leaveUnreported(Value value, int32_t line = __builtin_LINE()) const noexcept
+    template <typename Value>
+    Value leaveUnreported(Value value, int32_t line = __builtin_LINE()) const noexcept
     {
         leave(line);
         return value;

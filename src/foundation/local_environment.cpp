@@ -5,8 +5,7 @@
 
 constinit FirstUseLock EnvArrayLock;
 
-namespace
-{
+namespace {
 
 constinit LocalEnvEntry *LocalEnvArray = nullptr;
 

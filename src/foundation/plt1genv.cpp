@@ -3,7 +3,7 @@
 
 #include <cstdlib>
 
-extern "C" const char *PLT1_GetEnv(const char *name, int32_t /*reserved*/) noexcept
+extern "C" const char *PLT1_GetEnv(const char *name, int32_t /*reserved*/)
 {
     return std::getenv(name);
 }

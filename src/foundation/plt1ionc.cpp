@@ -15,7 +15,7 @@ constinit pthread_cond_t onceChanged = PTHREAD_COND_INITIALIZER;
 } // namespace
 
 extern "C" void PLT1_InitializeOnce(int32_t *control, void (*function)(void *), void *argument,
-                                    const char * /*sourceFile*/, int32_t /*line*/) noexcept
+                                    const char * /*sourceFile*/, int32_t /*line*/)
 {
     if (__atomic_load_n(control, __ATOMIC_ACQUIRE) < 0) {
         return;

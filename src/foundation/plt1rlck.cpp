@@ -1,7 +1,7 @@
 // Releases a lock.
 #include "dov0610_platform.h"
 
-extern "C" void PLT1_ReleaseLock(PLT1_Lock *lock) noexcept
+extern "C" void PLT1_ReleaseLock(PLT1_Lock *lock)
 {
     pthread_mutex_unlock(&lock->mutex);
 }

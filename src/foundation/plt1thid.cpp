@@ -22,7 +22,7 @@ void installForkHandler() noexcept
 
 } // namespace
 
-extern "C" int32_t PLT1_ThreadID(void) noexcept
+extern "C" int32_t PLT1_ThreadID(void)
 {
     if (ownNumber == 0) {
         pthread_once(&forkHandlerControl, installForkHandler);

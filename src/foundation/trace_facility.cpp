@@ -17,7 +17,7 @@ constinit TraceLevelList levelsInForce;
 constinit TraceOutput outputInForce;
 constinit int32_t generationInForce = 1;
 
-constexpr uint64_t Megabyte = 1024 * 1024;
+constexpr uint64_t Megabyte = 1U << 20;
 
 void lockFacility() noexcept
 {
@@ -80,7 +80,8 @@ void TraceFacility::readEnvironment() noexcept
 {
     const char *fileName = secure_getenv("DOV_TRACE_FILE");
     if (!outputInForce.open(fileName)) {
-        report(TRC1__EPB_, __LINE__, "*****Error: DOV_TRACE_FILE <%s> cannot be opened, errno %d. Standard error is used\n",
+        report(TRC1__EPB_, __LINE__,
+               "*****Error: DOV_TRACE_FILE <%s> cannot be opened, errno %d. Standard error is used\n",
                fileName, errno);
     }
     const char *limitText = secure_getenv("DOV_TRACE_LIMIT");
@@ -89,12 +90,14 @@ void TraceFacility::readEnvironment() noexcept
         if (readLimit(limitText, limit)) {
             outputInForce.setLimit(limit);
         } else {
-            report(TRC1__EPB_, __LINE__, "*****Error: DOV_TRACE_LIMIT <%s> is not a number of megabytes. Ignored\n", limitText);
+            report(TRC1__EPB_, __LINE__,
+                   "*****Error: DOV_TRACE_LIMIT <%s> is not a number of megabytes. Ignored\n", limitText);
         }
     }
     MalformedPieces malformed;
     if (!levelsInForce.read(secure_getenv("DOV_TRACE"), MalformedPieces::add, &malformed)) {
-        report(TRC1__EPB_, __LINE__, "*****Error: no storage for the levels of DOV_TRACE. Nothing is traced\n");
+        report(TRC1__EPB_, __LINE__,
+               "*****Error: no storage for the levels of DOV_TRACE. Nothing is traced\n");
     }
     if (!malformed.none()) {
         report(TRC1__EPB_, __LINE__, "*****Error: malformed in DOV_TRACE, ignored: %s\n", malformed.listed());
@@ -103,7 +106,8 @@ void TraceFacility::readEnvironment() noexcept
 
 uint32_t TraceFacility::synchronise(TRC1_EntryBlock &block) noexcept
 {
-    const uint32_t level = levelsInForce.levelOf(sourceFileOf(block), block.name != nullptr ? block.name : "");
+    const uint32_t level =
+        levelsInForce.levelOf(sourceFileOf(block), block.name != nullptr ? block.name : "");
     __atomic_store_n(&block.level, level, __ATOMIC_RELAXED);
     __atomic_store_n(&block.generation, generationInForce, __ATOMIC_RELEASE);
     __atomic_store_n(&block.generationWord, &generationInForce, __ATOMIC_RELEASE);
@@ -128,7 +132,8 @@ void MalformedPieces::add(const TextPiece &piece, void *collection) noexcept
 {
     auto &pieces = *static_cast<MalformedPieces *>(collection);
     const size_t room = sizeof pieces.text - pieces.used;
-    const int written = std::snprintf(pieces.text + pieces.used, room, "%s<%.*s>", pieces.used > 0 ? " " : "",
-                                      static_cast<int>(piece.length < room ? piece.length : room), piece.start);
+    const int written =
+        std::snprintf(pieces.text + pieces.used, room, "%s<%.*s>", pieces.used > 0 ? " " : "",
+                      static_cast<int>(piece.length < room ? piece.length : room), piece.start);
     pieces.used += static_cast<size_t>(written) < room ? static_cast<size_t>(written) : room - 1;
 }

@@ -11,7 +11,8 @@
 #include <pthread.h>
 
 // Holds the facility for the length of a block; the first holder reads the environment. What the system's
-// functions leave in errno meanwhile is undone, since tracing must not change what its caller is about to report.
+// functions leave in errno meanwhile is undone, since tracing must not change what its caller is about to
+// report.
 class TraceFacility {
 public:
     TraceFacility() noexcept;

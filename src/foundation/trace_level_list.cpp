@@ -24,10 +24,14 @@ struct LevelName {
 };
 
 constexpr LevelName LevelNames[] = {
-    {"detail", DOV0_TRACE_DETAIL}, {"storage", DOV0_TRACE_STORAGE},
-    {"dump", DOV0_TRACE_DUMP},     {"state", DOV0_TRACE_STATE},
-    {"flow", DOV0_TRACE_FLOW},     {"error", DOV0_TRACE_ERROR},
-    {"config", DOV0_TRACE_CONFIGURATION}, {"all", AllLevels},
+    {"detail", DOV0_TRACE_DETAIL},
+    {"storage", DOV0_TRACE_STORAGE},
+    {"dump", DOV0_TRACE_DUMP},
+    {"state", DOV0_TRACE_STATE},
+    {"flow", DOV0_TRACE_FLOW},
+    {"error", DOV0_TRACE_ERROR},
+    {"config", DOV0_TRACE_CONFIGURATION},
+    {"all", AllLevels},
     {"none", 0},
 };
 

@@ -17,7 +17,8 @@ public:
 
     // Reads a list; null is an empty one. Malformed pieces are left out and handed to onMalformed one by
     // one. Returns false when there was no storage, and is then empty.
-    bool read(const char *text, void (*onMalformed)(const TextPiece &piece, void *context), void *context) noexcept;
+    bool read(const char *text, void (*onMalformed)(const TextPiece &piece, void *context),
+              void *context) noexcept;
 
     // The level for a function of a source file: that of the last entry for the function, else of the last
     // one for the file, else of the last one for everything, else 0.

@@ -21,7 +21,8 @@ constexpr int PatienceInMilliseconds = 1000;
 // A named pipe without a reader fails instead of holding the process up; once open it may block as any file.
 int openToAppend(const char *fileName) noexcept
 {
-    const int opened = ::open(fileName, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, 0644);
+    const int opened =
+        ::open(fileName, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, 0644);
     if (opened >= 0) {
         fcntl(opened, F_SETFL, fcntl(opened, F_GETFL) & ~O_NONBLOCK);
     }
@@ -39,12 +40,8 @@ bool isStillNamed(int descriptor, const char *fileName) noexcept
 
 void renameWithSuffix(const char *fileName) noexcept
 {
-    static constexpr char Suffix[] = ".1";
-    const size_t length = std::strlen(fileName);
-    auto *newName = static_cast<char *>(std::malloc(length + sizeof Suffix));
-    if (newName != nullptr) {
-        std::memcpy(newName, fileName, length);
-        std::memcpy(newName + length, Suffix, sizeof Suffix);
+    char *newName = nullptr;
+    if (asprintf(&newName, "%s.1", fileName) >= 0) {
         std::rename(fileName, newName);
         std::free(newName);
     }

@@ -6,6 +6,43 @@
 #include <cstring>
 #include <unistd.h>
 
+namespace {
+
+struct UniversalTime {
+    int year;
+    int month;
+    int day;
+    int hour;
+    int minute;
+    int second;
+};
+
+// Seconds since the epoch in the Gregorian calendar. The C library's gmtime_r takes a lock, which a child
+// that is forked at the wrong moment would find locked for ever. Years are counted from March here, so that
+// the leap day comes last, in eras of 400 years that all have the same number of days.
+UniversalTime universalTime(time_t seconds) noexcept
+{
+    constexpr int64_t DaysPerEra = 146097;
+    constexpr int64_t DaysFromMarchOfYear0ToEpoch = 719468;
+    const int64_t sinceEpoch = seconds > 0 ? static_cast<int64_t>(seconds) : 0;
+    const int64_t days = sinceEpoch / 86400 + DaysFromMarchOfYear0ToEpoch;
+    const int64_t dayOfEra = days % DaysPerEra;
+    const int64_t yearOfEra = (dayOfEra - dayOfEra / 1460 + dayOfEra / 36524 - dayOfEra / 146096) / 365;
+    const int64_t dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
+    const int64_t monthFromMarch = (5 * dayOfYear + 2) / 153;
+    const int64_t month = monthFromMarch < 10 ? monthFromMarch + 3 : monthFromMarch - 9;
+    const int64_t year = days / DaysPerEra * 400 + yearOfEra + (month <= 2 ? 1 : 0);
+    const auto inDay = static_cast<int>(sinceEpoch % 86400);
+    return {static_cast<int>(year),
+            static_cast<int>(month),
+            static_cast<int>(dayOfYear - (153 * monthFromMarch + 2) / 5 + 1),
+            inDay / 3600,
+            inDay / 60 % 60,
+            inDay % 60};
+}
+
+} // namespace
+
 const char *sourceFileOf(const TRC1_EntryBlock &block) noexcept
 {
     if (block.unit != nullptr) {
@@ -47,10 +84,9 @@ void TraceText::beginLine(const TRC1_EntryBlock &block, int32_t line) noexcept
 {
     timespec now = {};
     clock_gettime(CLOCK_REALTIME, &now);
-    tm utc = {};
-    gmtime_r(&now.tv_sec, &utc);
-    append("%04d-%02d-%02dT%02d:%02d:%02d.%06ldZ %d:%d %s:%d %s ", utc.tm_year + 1900, utc.tm_mon + 1, utc.tm_mday,
-           utc.tm_hour, utc.tm_min, utc.tm_sec, static_cast<long>(now.tv_nsec / 1000), getpid(), gettid(),
+    const UniversalTime utc = universalTime(now.tv_sec);
+    append("%04d-%02d-%02dT%02d:%02d:%02d.%06ldZ %d:%d %s:%d %s ", utc.year, utc.month, utc.day, utc.hour,
+           utc.minute, utc.second, static_cast<long>(now.tv_nsec / 1000), getpid(), gettid(),
            sourceFileOf(block), line, block.name != nullptr ? block.name : "?");
 }
 

@@ -3,7 +3,7 @@
 #include "foundation/trace_facility.h"
 
 TRACE_CONTROL("trc1cnfg", TRC1_Configure);
-extern "C" int32_t TRC1_Configure(const char *levels, const char *file) noexcept
+extern "C" int32_t TRC1_Configure(const char *levels, const char *file)
 {
     const int savedErrno = errno;
     TraceLevelList newLevels;
@@ -12,13 +12,15 @@ extern "C" int32_t TRC1_Configure(const char *levels, const char *file) noexcept
     int32_t result = -1;
 
     if (!newLevels.read(levels, MalformedPieces::add, &malformed)) {
-        TRACE_ALWAYS(TraceLevel(TRC1__EPB_), "*****Error: no storage for the trace levels. Nothing is changed\n");
+        TRACE_ALWAYS(TraceLevel(TRC1__EPB_),
+                     "*****Error: no storage for the trace levels. Nothing is changed\n");
     } else if (!malformed.none()) {
         TRACE_ALWAYS(TraceLevel(TRC1__EPB_), "*****Error: malformed trace levels %s. Nothing is changed\n",
                      malformed.listed());
     } else if (!newOutput.open(file)) {
         TRACE_ALWAYS(TraceLevel(TRC1__EPB_),
-                     "*****Error: trace file <%s> cannot be opened, errno %d. Nothing is changed\n", file, errno);
+                     "*****Error: trace file <%s> cannot be opened, errno %d. Nothing is changed\n", file,
+                     errno);
     } else {
         TraceFacility().take(newLevels, newOutput);
         result = 0;

@@ -9,7 +9,7 @@ namespace {
 constexpr int32_t BytesPerLine = 16;
 
 // Longer dumps are written in parts of about this size. The facility is held meanwhile.
-constexpr size_t LargestPart = 256 * 1024;
+constexpr size_t LargestPart = 1U << 18;
 
 void appendItem(TraceText &text, const char *itemFormat, unsigned char byte) noexcept
 {
@@ -28,7 +28,7 @@ void appendItem(TraceText &text, const char *itemFormat, unsigned char byte) noe
 } // namespace
 
 extern "C" void TRC1_Dump(TRC1_EntryBlock *block, int32_t line, const void *address, int32_t length,
-                          const char *itemFormat) noexcept
+                          const char *itemFormat)
 {
     const int savedErrno = errno;
     {

@@ -4,7 +4,7 @@
 
 #include <cinttypes>
 
-extern "C" void TRC1_Event(TRC1_EntryBlock *block, int32_t line, int32_t kind, ...) noexcept
+extern "C" void TRC1_Event(TRC1_EntryBlock *block, int32_t line, int32_t kind, ...)
 {
     const int savedErrno = errno;
     TraceText text;

@@ -2,7 +2,7 @@
 #include "foundation/trace_facility.h"
 #include "foundation/trace_text.h"
 
-extern "C" void TRC1_Printf(TRC1_EntryBlock *block, int32_t line, const char *format, ...) noexcept
+extern "C" void TRC1_Printf(TRC1_EntryBlock *block, int32_t line, const char *format, ...)
 {
     const int savedErrno = errno;
     TraceText text;

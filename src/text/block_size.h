@@ -11,5 +11,6 @@ constexpr int32_t blockSize(size_t bytes) noexcept
 {
     return bytes <= INT32_MAX ? static_cast<int32_t>(bytes) : -1;
 }
+static_assert(blockSize(INT32_MAX) == INT32_MAX && blockSize(size_t{INT32_MAX} + 1) == -1);
 
 #endif

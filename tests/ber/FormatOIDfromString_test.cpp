@@ -207,7 +207,7 @@ LeveledTrace traceOfText(const std::string &text, const unsigned char *field)
 
 } // namespace
 
-extern "C" int32_t PLT1_ThreadID() noexcept
+extern "C" int32_t PLT1_ThreadID()
 {
     return threadOfTheTest ? threadOfTheTest() : gettid();
 }

@@ -38,7 +38,8 @@ TEST(FreeStorage, TracesTheBlockUnderTheDetailBit)
     void *block = DOV0_GetStorage(10);
     void *const address = block;
     EXPECT_EQ(traceAt(Trace::Flow | Trace::Detail, [&] { DOV0_FreeStorage(&block); }),
-              (TraceLog{entry(Function), message(Function, "Freeing storage at address @%p\n", address), leave(Function)}));
+              (TraceLog{entry(Function), message(Function, "Freeing storage at address @%p\n", address),
+                        leave(Function)}));
     block = DOV0_GetStorage(10);
     EXPECT_EQ(traceAt(Trace::All & ~(Trace::Flow | Trace::Detail | Trace::State),
                       [&] { DOV0_FreeStorage(&block); }),
@@ -48,16 +49,19 @@ TEST(FreeStorage, TracesTheBlockUnderTheDetailBit)
 TEST(FreeStorage, LeavesAVariableThatHoldsNullAlone)
 {
     void *block = nullptr;
-    EXPECT_EQ(traceAt(Trace::All, [&] { DOV0_FreeStorage(&block); }), (TraceLog{entry(Function), leave(Function)}));
+    EXPECT_EQ(traceAt(Trace::All, [&] { DOV0_FreeStorage(&block); }),
+              (TraceLog{entry(Function), leave(Function)}));
     EXPECT_EQ(block, nullptr);
-    EXPECT_EQ(traceAt(Trace::All, [&] { DOV0_FreeStorage(nullptr); }), (TraceLog{entry(Function), leave(Function)}));
+    EXPECT_EQ(traceAt(Trace::All, [&] { DOV0_FreeStorage(nullptr); }),
+              (TraceLog{entry(Function), leave(Function)}));
 }
 
 TEST(FreeStorage, DoesNothingTheSecondTime)
 {
     void *block = DOV0_GetStorage(10);
     DOV0_FreeStorage(&block);
-    EXPECT_EQ(traceAt(Trace::All, [&] { DOV0_FreeStorage(&block); }), (TraceLog{entry(Function), leave(Function)}));
+    EXPECT_EQ(traceAt(Trace::All, [&] { DOV0_FreeStorage(&block); }),
+              (TraceLog{entry(Function), leave(Function)}));
 }
 
 TEST(FreeStorage, SubtractsARecordedBlock)
@@ -81,7 +85,8 @@ TEST(FreeStorage, ReportsTheProgramBreakAsHeapLimit)
         takeTrace();
         DOV0_FreeStorage(&block);
     });
-    EXPECT_EQ(log, (TraceLog{message(Function, "After free, Total Working Storage Size %.2fK, WSB %d heap limit @%p\n",
+    EXPECT_EQ(log, (TraceLog{message(Function,
+                                     "After free, Total Working Storage Size %.2fK, WSB %d heap limit @%p\n",
                                      0.0, 1, sbrk(0))}));
 }
 

@@ -9,8 +9,8 @@ constexpr char Function[] = "DOV0_GetStorage";
 
 std::string afterAllocation(double kilobytes, int position)
 {
-    return message(Function, "After allocation, Total Working Storage Size %.2fK, WSB %d heap limit @%p\n", kilobytes,
-                   position, sbrk(0));
+    return message(Function, "After allocation, Total Working Storage Size %.2fK, WSB %d heap limit @%p\n",
+                   kilobytes, position, sbrk(0));
 }
 
 // The reports of the accounting without the heap limit, which the test's own storage moves.
@@ -52,15 +52,17 @@ TEST(GetStorage, RefusesSizesBelowOne)
         void *block = &block;
         const TraceLog log = traceAt(Trace::Flow | Trace::Error, [&] { block = DOV0_GetStorage(size); });
         EXPECT_EQ(block, nullptr);
-        EXPECT_EQ(log, (TraceLog{entry(Function), message(Function, "*****Invalid get storage size %d\n", size),
-                                 leave(Function, nullptr)}));
+        EXPECT_EQ(log,
+                  (TraceLog{entry(Function), message(Function, "*****Invalid get storage size %d\n", size),
+                            leave(Function, nullptr)}));
     }
 }
 
 TEST(GetStorage, ReportsAnInvalidSizeUnderTheErrorBitOnly)
 {
-    EXPECT_EQ(bitsThatShow(message(Function, "*****Invalid get storage size 0\n"), [] { DOV0_GetStorage(0); }),
-              Trace::Error);
+    EXPECT_EQ(
+        bitsThatShow(message(Function, "*****Invalid get storage size 0\n"), [] { DOV0_GetStorage(0); }),
+        Trace::Error);
 }
 
 TEST(GetStorage, ReportsAnExhaustedHeap)
@@ -69,8 +71,9 @@ TEST(GetStorage, ReportsAnExhaustedHeap)
     const TraceLog log = traceAt(Trace::Flow | Trace::Error | Trace::Detail,
                                  [&] { withoutHeap([&] { block = DOV0_GetStorage(77); }); });
     EXPECT_EQ(block, nullptr);
-    EXPECT_EQ(log, (TraceLog{entry(Function), message(Function, "*****Unable to obtain storage, size %d\n", 77),
-                             leave(Function, nullptr)}));
+    EXPECT_EQ(log,
+              (TraceLog{entry(Function), message(Function, "*****Unable to obtain storage, size %d\n", 77),
+                        leave(Function, nullptr)}));
     EXPECT_EQ(bitsThatShow(message(Function, "*****Unable to obtain storage, size 77\n"),
                            [] { withoutHeap([] { DOV0_GetStorage(77); }); }),
               Trace::Error);
@@ -127,8 +130,9 @@ TEST(GetStorage, ReportsTheProgramBreakAsHeapLimit)
         limit = sbrk(0);
     });
     ASSERT_EQ(log.size(), 2U);
-    EXPECT_EQ(log[1], message(Function, "After allocation, Total Working Storage Size %.2fK, WSB %d heap limit @%p\n",
-                              1.0, 1, limit));
+    EXPECT_EQ(log[1],
+              message(Function, "After allocation, Total Working Storage Size %.2fK, WSB %d heap limit @%p\n",
+                      1.0, 1, limit));
     DOV0_FreeStorage(&block);
 }
 

@@ -1,8 +1,8 @@
 #include "support/heap_faults.h"
 
 #include <cerrno>
-#include <cstddef>
 #include <climits>
+#include <cstddef>
 
 // Whichever heap lies below: a sanitizer's, or the C library's.
 extern "C" {
@@ -69,7 +69,8 @@ extern "C" void *realloc(void *block, size_t size) noexcept
     if (failsNow()) {
         return nullptr;
     }
-    return __interceptor_realloc != nullptr ? __interceptor_realloc(block, size) : __libc_realloc(block, size);
+    return __interceptor_realloc != nullptr ? __interceptor_realloc(block, size)
+                                            : __libc_realloc(block, size);
 }
 
 bool withHeapFailure(int n, const std::function<void()> &call)

@@ -53,7 +53,7 @@ void advanceGeneration()
 
 } // namespace
 
-extern "C" uint32_t TRC1_Sync(TRC1_EntryBlock *block) noexcept
+extern "C" uint32_t TRC1_Sync(TRC1_EntryBlock *block)
 {
     const HeapFaultPause pause;
     const std::lock_guard<std::mutex> guard(recorder().lock);
@@ -66,7 +66,7 @@ extern "C" uint32_t TRC1_Sync(TRC1_EntryBlock *block) noexcept
     return level;
 }
 
-extern "C" void TRC1_Event(TRC1_EntryBlock *block, int32_t /*line*/, int32_t kind, ...) noexcept
+extern "C" void TRC1_Event(TRC1_EntryBlock *block, int32_t /*line*/, int32_t kind, ...)
 {
     const HeapFaultPause pause;
     if (kind == TRC1_EVENT_EXIT_VALUE) {
@@ -79,7 +79,7 @@ extern "C" void TRC1_Event(TRC1_EntryBlock *block, int32_t /*line*/, int32_t kin
     }
 }
 
-extern "C" void TRC1_Printf(TRC1_EntryBlock *block, int32_t /*line*/, const char *format, ...) noexcept
+extern "C" void TRC1_Printf(TRC1_EntryBlock *block, int32_t /*line*/, const char *format, ...)
 {
     const HeapFaultPause pause;
     va_list arguments;
@@ -89,7 +89,7 @@ extern "C" void TRC1_Printf(TRC1_EntryBlock *block, int32_t /*line*/, const char
 }
 
 extern "C" void TRC1_Dump(TRC1_EntryBlock *block, int32_t /*line*/, const void *address, int32_t length,
-                          const char *itemFormat) noexcept
+                          const char *itemFormat)
 {
     const HeapFaultPause pause;
     record(dump(block->name, address, length, itemFormat));

@@ -1,7 +1,9 @@
-// A stand-in for the trace facility: it records what the library traces, so that a test can compare whole sequences.
+// A stand-in for the trace facility: it records what the library traces, so that a test can compare whole
+// sequences.
 //
 //     TraceLog log = traceAt(Trace::Detail, [&] { block = DOV0_GetStorage(16); });
-//     EXPECT_EQ(log, (TraceLog{message("DOV0_GetStorage", "Allocated storage at address @%p size %d\n", block, 16)}));
+//     EXPECT_EQ(log, (TraceLog{message("DOV0_GetStorage", "Allocated storage at address @%p size %d\n",
+//     block, 16)}));
 #ifndef DOV0610_TESTS_TRACE_RECORDER_H
 #define DOV0610_TESTS_TRACE_RECORDER_H
 
@@ -26,7 +28,8 @@ constexpr uint32_t Configuration = DOV0_TRACE_CONFIGURATION;
 constexpr uint32_t All = Detail | Storage | Dump | State | Flow | Error | Configuration;
 } // namespace Trace
 
-// Sets the level of every function, or of one (which then differs from the others); each takes it up at its next call.
+// Sets the level of every function, or of one (which then differs from the others); each takes it up at its
+// next call.
 void setTraceLevel(uint32_t level);
 void setTraceLevel(const char *function, uint32_t level);
 
@@ -55,6 +58,7 @@ std::string leave(const char *function);
 std::string leave(const char *function, intptr_t value);
 std::string leave(const char *function, const void *value);
 std::string message(const char *function, const char *format, ...);
-std::string dump(const char *function, const void *address, int32_t length, const char *itemFormat = "%02.2X");
+std::string dump(const char *function, const void *address, int32_t length,
+                 const char *itemFormat = "%02.2X");
 
 #endif

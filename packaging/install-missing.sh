@@ -1,0 +1,34 @@
+#!/bin/sh
+# Installs the Debian packages of the named groups that are not on the machine yet.
+# Usage: install-missing.sh GROUP...
+set -eu
+
+packages=
+for group in "$@"; do
+    case $group in
+    build) packages="$packages g++ cmake ninja-build libicu-dev git pkg-config" ;;
+    tools) packages="$packages libcli11-dev" ;;
+    tests) packages="$packages libgtest-dev libgmock-dev python3 binutils openssl icu-devtools strace" ;;
+    checks) packages="$packages clang-format clang-tidy python3-yaml doxygen" ;;
+    benchmarks) packages="$packages libbenchmark-dev valgrind" ;;
+    *)
+        echo "install-missing.sh: there is no group '$group'" >&2
+        exit 2
+        ;;
+    esac
+done
+
+missing=
+for package in $packages; do
+    dpkg-query --show --showformat='${db:Status-Status}' "$package" 2>/dev/null | grep -qx installed ||
+        missing="$missing $package"
+done
+[ -n "$missing" ] || exit 0
+
+as_root=
+[ "$(id -u)" -eq 0 ] || as_root=sudo
+export DEBIAN_FRONTEND=noninteractive
+echo "installing:$missing"
+$as_root apt-get update -qq
+# shellcheck disable=SC2086 # one word a package
+$as_root apt-get install -y -qq --no-install-recommends $missing </dev/null >/dev/null

@@ -1,0 +1,18 @@
+// Reverses the bytes of a 16-bit integer, whatever the host's byte order: the caller decides when.
+#include "foundation/frame.h"
+
+#include <algorithm>
+
+TRACE_CONTROL("dov0cshe", DOV0_ConvertShortEndian);
+extern "C" void DOV0_ConvertShortEndian(void *integer) noexcept
+{
+    const Frame frame(TRC1__EPB_);
+
+    if (integer == nullptr) {
+        TRACE(frame, Trace::Error, "***** Input integer is NULL\n");
+        return frame.leave();
+    }
+    auto *bytes = static_cast<unsigned char *>(integer);
+    std::reverse(bytes, bytes + 2);
+    frame.leave();
+}

@@ -1,0 +1,81 @@
+// Writes a stretch of memory to the trace as a hexadecimal dump beside its characters.
+#include "foundation/frame.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+
+namespace {
+
+constexpr int32_t BytesPerLine = 16;
+constexpr char VisibleCharacters[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789"
+                                     R"(!"#$%&'()*+,-./:;<=>?@[\]^_`{|}~)";
+static_assert(sizeof VisibleCharacters - 1 == 94);
+
+char printable(int32_t c) noexcept
+{
+    return std::memchr(VisibleCharacters, c, sizeof VisibleCharacters - 1) != nullptr ? static_cast<char>(c)
+                                                                                      : '.';
+}
+
+// One line of the dump while it is being filled.
+struct DumpLine {
+    char hexadecimal[3 * BytesPerLine + 1] = {};
+    char characters[BytesPerLine + 1] = {};
+    int32_t filled = 0;
+
+    void add(unsigned char byte) noexcept
+    {
+        std::snprintf(&hexadecimal[3 * filled], 4, "%02x ", byte);
+        characters[filled] = printable(byte);
+        ++filled;
+    }
+
+    void blankOut() noexcept
+    {
+        std::memset(hexadecimal, ' ', static_cast<size_t>(3 * filled));
+        std::memset(characters, ' ', static_cast<size_t>(filled));
+    }
+
+    void write(const Frame &frame, uint32_t position) const noexcept
+    {
+        char line[96];
+        std::snprintf(line, sizeof line, "%4x |%-48.48s| |%-16.16s|", position, hexadecimal, characters);
+        TRACE_ALWAYS(frame, "%s\n", line);
+    }
+};
+
+} // namespace
+
+TRACE_CONTROL("dov0pdmp", DOV0_PrintDump);
+extern "C" void DOV0_PrintDump(const void *base, int32_t from, int32_t to) noexcept
+{
+    const Frame frame(TRC1__EPB_);
+
+    if (to <= from) {
+        return frame.leave();
+    }
+    if (base == nullptr) {
+        TRACE(frame, Trace::Error, "***** Input base is NULL\n");
+        return frame.leave();
+    }
+    const auto *start = static_cast<const unsigned char *>(base) + from;
+    const int64_t length = int64_t{to} - from;
+    const int64_t positionOfBase = -int64_t{from};
+
+    for (int64_t i = 0; i < length; i += BytesPerLine) {
+        const auto position = static_cast<uint32_t>(i);
+        DumpLine line;
+        for (int64_t j = i; j < std::min(i + BytesPerLine, length); ++j) {
+            // The line that holds the base is written twice, split there, even when nothing precedes it in
+            // the line.
+            if (from < 0 && j == positionOfBase) {
+                line.write(frame, position);
+                line.blankOut();
+            }
+            line.add(start[j]);
+        }
+        line.write(frame, position);
+    }
+    frame.leave();
+}

@@ -1,8 +1,8 @@
 // Renders a timestamp for a human reader.
 #include "foundation/frame.h"
+#include "time/decimal_number.h"
 
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 
 TRACE_CONTROL("dov0ctst", DOV0_CorvelTimeToString);
@@ -21,7 +21,7 @@ extern "C" int32_t DOV0_CorvelTimeToString(const char *timestamp, char *out) noe
     // What is missing from a short timestamp comes out as NUL characters, and the count covers them.
     const int count =
         std::snprintf(out, DOV0_TIMESTAMP_TEXT_SIZE, "%.4d/%c%c/%c%c %c%c:%c%c:%c%c %c%c%c",
-                      std::atoi(yearText) + 1900, stamp[3], stamp[4], stamp[5], stamp[6], stamp[7], stamp[8],
+                      numberAt(yearText) + 1900, stamp[3], stamp[4], stamp[5], stamp[6], stamp[7], stamp[8],
                       stamp[9], stamp[10], stamp[11], stamp[12], stamp[13], stamp[14], stamp[15]);
     return frame.leave<int32_t>(count);
 }

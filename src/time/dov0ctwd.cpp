@@ -1,8 +1,8 @@
 // Names the day of the week of a timestamp's date, from a calendar of its own that needs no time zone.
 #include "foundation/frame.h"
+#include "time/decimal_number.h"
 
 #include <array>
-#include <cstdlib>
 #include <cstring>
 #include <string_view>
 
@@ -50,7 +50,7 @@ int32_t numberOf(std::string_view digits) noexcept
 {
     char text[4] = {};
     digits.copy(text, sizeof text - 1);
-    return std::atoi(text);
+    return numberAt(text);
 }
 
 } // namespace

@@ -3,11 +3,11 @@
 // the steps, the thresholds and the tie-breaks are the behaviour, weaknesses included: nothing is checked for
 // its range.
 #include "foundation/frame.h"
+#include "time/decimal_number.h"
 #include "time/local_time.h"
 
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <iterator>
 
@@ -28,12 +28,6 @@ struct DateAndTime {
 bool isDigit(char character) noexcept
 {
     return character >= '0' && character <= '9';
-}
-
-// atoi, but a number that is too large becomes the largest one.
-int32_t numberAt(const char *text) noexcept
-{
-    return static_cast<int32_t>(std::clamp<long>(std::strtol(text, nullptr, 10), INT32_MIN, INT32_MAX));
 }
 
 int32_t countOf(char character, const char *text) noexcept

@@ -1,5 +1,5 @@
-// The system's clock and calendar in the hands of a test: time, gettimeofday and localtime_r as the library calls
-// them. Left alone, they are the system's own.
+// The system's clock and calendar in the hands of a test: time, gettimeofday and localtime_r as the library
+// calls them. Left alone, they are the system's own.
 #ifndef DOV0610_TESTS_CLOCK_H
 #define DOV0610_TESTS_CLOCK_H
 

@@ -1,5 +1,5 @@
-// A second reading of the rules for free-form dates, for the tests to compare with: on one text that it edits by
-// position, with a log of the messages that the rules ask for.
+// A second reading of the rules for free-form dates, for the tests to compare with: on one text that it edits
+// by position, with a log of the messages that the rules ask for.
 #ifndef DOV0610_TESTS_FREE_FORM_MODEL_H
 #define DOV0610_TESTS_FREE_FORM_MODEL_H
 
@@ -70,7 +70,8 @@ private:
         return (number < 0 ? "-" : "") + shown;
     }
 
-    // The first position from here on whose character is none of these; the length of the text when there is none.
+    // The first position from here on whose character is none of these; the length of the text when there is
+    // none.
     size_t firstNot(const char *characters, size_t from) const
     {
         return std::min(text.find_first_not_of(characters, from), text.size());

@@ -1434,7 +1434,7 @@ DOV0_EXPORT char *DOV0_FindChar(const char *buffer, int32_t length, const char *
 
 /** Sizes of texts about hosts, in bytes with the terminator. */
 enum {
-    DOV0_HOST_NAME_SIZE = 256,    /**< area of a resolved name, of the local host name and of the local domain */
+    DOV0_HOST_NAME_SIZE = 256, /**< area of a resolved name, of the local host name and of the local domain */
     DOV0_COMPUTER_NAME_SIZE = 66, /**< area for DOV0_GetLocalComputerName() */
     DOV0_HOST_INFO_SIZE = 17      /**< area for DOV0_GetLocalHostInfo() */
 };
@@ -1644,8 +1644,8 @@ DOV0_EXPORT int32_t DOV0_IsThisFullyQualifiedName(const char *text) DOV0_NOEXCEP
 
 /** Socket types of DOV0_OpenLocalSocket(). */
 typedef enum DOV0_SocketType {
-    DOV0_SOCKET_STREAM = SOCK_STREAM,  /**< TCP */
-    DOV0_SOCKET_DATAGRAM = SOCK_DGRAM  /**< UDP */
+    DOV0_SOCKET_STREAM = SOCK_STREAM, /**< TCP */
+    DOV0_SOCKET_DATAGRAM = SOCK_DGRAM /**< UDP */
 } DOV0_SocketType;
 
 /** Whether DOV0_OpenLocalSocket() lets an address be used again. */
@@ -1686,7 +1686,8 @@ typedef enum DOV0_SocketBinding {
  *                                           DOV0_BIND_ANY_ADDRESS);
  */
 DOV0_EXPORT int32_t DOV0_OpenLocalSocket(int32_t Type, int32_t Port, struct sockaddr_in *LocalAddr,
-                                         int32_t SockNoReuse, int32_t *errOut, int32_t InAddrAny) DOV0_NOEXCEPT;
+                                         int32_t SockNoReuse, int32_t *errOut,
+                                         int32_t InAddrAny) DOV0_NOEXCEPT;
 
 /**
  * Gives the port that a socket is bound to.

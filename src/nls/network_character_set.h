@@ -3,6 +3,7 @@
 #define DOV0610_NLS_NETWORK_CHARACTER_SET_H
 
 #include <array>
+#include <cstddef>
 
 // The letter A tells the character sets apart. A build for an EBCDIC host sets Local_A to EBCDIC_A.
 constexpr unsigned char ASCII_A = 0x41;
@@ -29,8 +30,8 @@ constexpr std::array<unsigned char, 128> ascii_to_ebcdic = {
 constexpr std::array<unsigned char, 256> ebcdic_to_ascii = [] {
     std::array<unsigned char, 256> table{};
     table.fill(ASCIIQuestionMark);
-    for (unsigned char ascii = 0; ascii < ascii_to_ebcdic.size(); ++ascii) {
-        table[ascii_to_ebcdic[ascii]] = ascii;
+    for (size_t ascii = 0; ascii < ascii_to_ebcdic.size(); ++ascii) {
+        table[ascii_to_ebcdic[ascii]] = static_cast<unsigned char>(ascii);
     }
     // Peers rely on these departures from the code page: they stay, and the tables are not inverse to each
     // other.

@@ -12,7 +12,7 @@ extern "C" char *DOV0_EncipherRecord(char *record, int32_t seed) noexcept
     }
     SubstitutionShift shift(seed);
     for (char *next = record; *next != '\0'; ++next) {
-        const int32_t index = AlphabetIndex[static_cast<unsigned char>(*next)];
+        const uint8_t index = AlphabetIndex[static_cast<unsigned char>(*next)];
         if (index != NotInAlphabet) {
             *next = SubstitutionAlphabet[shift.forward(index)];
         }

@@ -8,6 +8,7 @@
 namespace {
 
 constexpr int32_t BytesPerLine = 16;
+constexpr char HexadecimalDigits[] = "0123456789abcdef";
 constexpr char VisibleCharacters[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789"
                                      R"(!"#$%&'()*+,-./:;<=>?@[\]^_`{|}~)";
 static_assert(sizeof VisibleCharacters - 1 == 94);
@@ -22,19 +23,22 @@ char printable(int32_t c) noexcept
 struct DumpLine {
     char hexadecimal[3 * BytesPerLine + 1] = {};
     char characters[BytesPerLine + 1] = {};
-    int32_t filled = 0;
+    size_t filled = 0;
 
     void add(unsigned char byte) noexcept
     {
-        std::snprintf(&hexadecimal[3 * filled], 4, "%02x ", byte);
+        char *column = &hexadecimal[3 * filled];
+        column[0] = HexadecimalDigits[byte >> 4];
+        column[1] = HexadecimalDigits[byte & 0xF];
+        column[2] = ' ';
         characters[filled] = printable(byte);
         ++filled;
     }
 
     void blankOut() noexcept
     {
-        std::memset(hexadecimal, ' ', static_cast<size_t>(3 * filled));
-        std::memset(characters, ' ', static_cast<size_t>(filled));
+        std::memset(hexadecimal, ' ', 3 * filled);
+        std::memset(characters, ' ', filled);
     }
 
     void write(const Frame &frame, uint32_t position) const noexcept

@@ -11,14 +11,14 @@
 constexpr char SubstitutionAlphabet[] =
     R"(<7ZK>Sx&A2(mzs_:3D+upRG1o8ahi~e".?T`B#y,\l=qtv|k0Y)@rVNFWM9PL]*'[!Uw}fjIXHECc d-b/J$%O^54{gQ;6n)";
 constexpr int32_t AlphabetLength = sizeof SubstitutionAlphabet - 1;
-constexpr int32_t NotInAlphabet = -1;
+constexpr uint8_t NotInAlphabet = 0xFF;
 
 // Where in the alphabet each byte value stands.
-constexpr std::array<int8_t, 256> AlphabetIndex = [] {
-    std::array<int8_t, 256> index{};
+constexpr std::array<uint8_t, 256> AlphabetIndex = [] {
+    std::array<uint8_t, 256> index{};
     index.fill(NotInAlphabet);
     for (int32_t i = 0; i < AlphabetLength; ++i) {
-        index[static_cast<unsigned char>(SubstitutionAlphabet[i])] = static_cast<int8_t>(i);
+        index[static_cast<unsigned char>(SubstitutionAlphabet[i])] = static_cast<uint8_t>(i);
     }
     return index;
 }();

@@ -5,6 +5,7 @@
 #include <atomic>
 #include <cstdlib>
 #include <dlfcn.h>
+#include <latch>
 #include <map>
 #include <random>
 #include <thread>
@@ -13,6 +14,8 @@ namespace {
 
 constexpr char Function[] = "DOV0_GetEnv";
 const char *const NotFound = nullptr;
+
+std::atomic<int> lockInitializations = 0;
 
 // Run in place of the look-up in the process environment, when there is one.
 const char *(*lookUpInstead)(const char *name) = nullptr;
@@ -68,6 +71,14 @@ extern "C" const char *PLT1_GetEnv(const char *name, int32_t reserved)
     static auto *const supplied = reinterpret_cast<LookUp *>(dlsym(RTLD_NEXT, "PLT1_GetEnv"));
     EXPECT_EQ(reserved, 0);
     return lookUpInstead != nullptr ? lookUpInstead(name) : supplied(name, reserved);
+}
+
+extern "C" void PLT1_InitializeLock(PLT1_Lock *lock)
+{
+    static auto *const supplied =
+        reinterpret_cast<void (*)(PLT1_Lock *)>(dlsym(RTLD_NEXT, "PLT1_InitializeLock"));
+    ++lockInitializations;
+    supplied(lock);
 }
 
 TEST(GetEnv, FindsALocalVariableByItsUpperCaseNameOnly)
@@ -297,44 +308,82 @@ TEST(GetEnv, AgreesWithAModel)
     }
 }
 
-TEST(GetEnv, IsUsedByManyThreadsFromTheFirstCallOn)
+TEST(GetEnv, InitializesItsLockWithTheFirstCallOfEither)
 {
-    std::atomic<bool> go = false;
+    EXPECT_EQ(lockInitializations, 0);
+    DOV0_GetEnv(nullptr, nullptr);
+    EXPECT_EQ(lockInitializations, 1);
+    DOV0_GetEnv("DOV_TEST", nullptr);
+    DOV0_PutEnv("DOV_TEST=v");
+    EXPECT_EQ(lockInitializations, 1);
+}
+
+TEST(GetEnv, FindsTheLockInitializedByPutEnv)
+{
+    DOV0_PutEnv("no equals sign");
+    EXPECT_EQ(lockInitializations, 1);
+    DOV0_PutEnv("DOV_TEST=v");
+    DOV0_GetEnv("DOV_TEST", nullptr);
+    EXPECT_EQ(lockInitializations, 1);
+}
+
+namespace {
+
+// Four threads set variables while four others look them up until the end, from the first call on.
+void lookUpWhileOthersSet(int rounds)
+{
+    std::latch start(8);
+    std::atomic<int> setters = 4;
     std::atomic<int> wrong = 0;
     std::vector<std::thread> threads;
-    setTraceLevel(Trace::State | Trace::Detail); // the messages read values too
-    for (int number = 0; number < 8; ++number) {
+    for (int number = 0; number < 4; ++number) {
         threads.emplace_back([&, number] {
-            while (!go) {
-                std::this_thread::yield();
-            }
             const std::string own = "OWN" + std::to_string(number);
-            for (int round = 0; round < 200; ++round) {
-                const std::string value = std::to_string(round);
-                DOV0_PutEnv((own + "=" + value).c_str());
+            start.arrive_and_wait();
+            for (int round = 0; round < rounds; ++round) {
                 DOV0_PutEnv(("shared=" + std::string(1 + static_cast<size_t>(round) % 40, 's')).c_str());
-                const char *found = DOV0_GetEnv(own.c_str(), "none");
-                if (value != found) {
-                    ++wrong;
-                }
-                if (DOV0_GetEnv("SHARED", nullptr) == nullptr) {
-                    ++wrong;
-                }
+                DOV0_PutEnv((own + "=" + std::to_string(round)).c_str());
+                wrong += DOV0_GetEnv(own.c_str(), "none") == std::to_string(round) ? 0 : 1;
+            }
+            setters.fetch_sub(1, std::memory_order_relaxed);
+        });
+        threads.emplace_back([&] {
+            const char defaultValue[] = "none";
+            start.arrive_and_wait();
+            while (setters.load(std::memory_order_relaxed) > 0) {
+                wrong += DOV0_GetEnv("UNSET", defaultValue) == defaultValue ? 0 : 1;
+                DOV0_GetEnv("SHARED", nullptr);
             }
         });
     }
-    go = true;
     for (std::thread &thread : threads) {
         thread.join();
     }
-    setTraceLevel(0);
     EXPECT_EQ(wrong, 0);
-    // No look-up ever showed a value that nobody had set.
-    for (const std::string &line : from(Function, takeTrace())) {
-        const std::string start = message(Function, "Env <SHARED> value <");
+    EXPECT_EQ(lockInitializations, 1);
+    EXPECT_NE(DOV0_GetEnv("SHARED", nullptr), NotFound);
+}
+
+} // namespace
+
+TEST(GetEnv, IsUsedWhileOtherThreadsSetVariables)
+{
+    lookUpWhileOthersSet(2000);
+}
+
+TEST(GetEnv, ShowsNoHalfWrittenValue)
+{
+    setTraceLevel(Function, Trace::Detail);
+    lookUpWhileOthersSet(500);
+    setTraceLevel(0);
+    const std::string start = message(Function, "Env <SHARED> value <");
+    int shown = 0;
+    for (const std::string &line : takeTrace()) {
         if (line.compare(0, start.size(), start) == 0) {
             const size_t end = line.find_first_not_of('s', start.size());
             ASSERT_EQ(line.substr(end), ">\n");
+            ++shown;
         }
     }
+    EXPECT_GT(shown, 0);
 }

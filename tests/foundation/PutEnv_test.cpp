@@ -2,8 +2,8 @@
 #include "support/heap_faults.h"
 #include "support/trace_recorder.h"
 
-#include <atomic>
 #include <cstdlib>
+#include <latch>
 #include <thread>
 
 namespace {
@@ -333,20 +333,17 @@ TEST(PutEnv, GivesBackWhatAnUpdateTook)
 
 TEST(PutEnv, KeepsOneEntryOfANameThatManyThreadsSetFirst)
 {
-    std::atomic<bool> go = false;
+    std::latch start(16);
     std::vector<std::thread> threads;
     setTraceLevel(Function, Trace::State);
     for (int number = 0; number < 16; ++number) {
         threads.emplace_back([&, number] {
-            while (!go) {
-                std::this_thread::yield();
-            }
+            start.arrive_and_wait();
             for (int variable = 0; variable < 20; ++variable) {
                 DOV0_PutEnv(("race" + std::to_string(variable) + "=" + std::to_string(number)).c_str());
             }
         });
     }
-    go = true;
     for (std::thread &thread : threads) {
         thread.join();
     }

@@ -6,6 +6,8 @@
 #include <condition_variable>
 #include <cstring>
 #include <dlfcn.h>
+#include <latch>
+#include <map>
 #include <mutex>
 #include <random>
 #include <thread>
@@ -16,6 +18,7 @@ constexpr char Function[] = "DOV0_strtok";
 const char *const NoToken = nullptr;
 
 std::atomic<int> identityRequests = 0;
+std::atomic<int> lockRequests = 0;
 
 std::string found(int threadID, int index)
 {
@@ -148,6 +151,13 @@ extern "C" int32_t PLT1_ThreadID(void)
     static auto *const supplied = reinterpret_cast<int32_t (*)()>(dlsym(RTLD_NEXT, "PLT1_ThreadID"));
     ++identityRequests;
     return supplied();
+}
+
+extern "C" void PLT1_GetLock(PLT1_Lock *lock)
+{
+    static auto *const supplied = reinterpret_cast<void (*)(PLT1_Lock *)>(dlsym(RTLD_NEXT, "PLT1_GetLock"));
+    ++lockRequests;
+    supplied(lock);
 }
 
 TEST(strtok, GivesOneTokenPerCall)
@@ -314,6 +324,21 @@ TEST(strtok, AsksForTheThreadOnEachCall)
     EXPECT_EQ(identityRequests, 3);
 }
 
+TEST(strtok, TakesALockToClaimASlotAndToReleaseItOnly)
+{
+    const auto locksOf = [](char *text) {
+        lockRequests = 0;
+        DOV0_strtok(text, ",");
+        return lockRequests.load();
+    };
+    char text[] = "a,b";
+    char next[] = "x";
+    EXPECT_EQ(locksOf(text), 1);
+    EXPECT_EQ(locksOf(nullptr), 0);
+    EXPECT_EQ(locksOf(next), 0);
+    EXPECT_EQ(locksOf(nullptr), 1);
+}
+
 TEST(strtok, TakesNothingFromTheHeap)
 {
     char text[] = "a,b";
@@ -405,9 +430,9 @@ TEST(strtok, HasNoSlotForThe257thThread)
 TEST(strtok, GivesEachSlotToOneOfManyThreadsThatComeAtOnce)
 {
     constexpr int Threads = 300;
-    std::atomic<bool> go = false;
-    std::atomic<int> arrived = 0;
-    std::atomic<int> served = 0;
+    std::latch start(Threads);
+    std::latch served(Threads);
+    std::atomic<int> claimed = 0;
     std::atomic<int> refused = 0;
     std::atomic<int> wrong = 0;
     std::vector<std::thread> threads;
@@ -415,18 +440,13 @@ TEST(strtok, GivesEachSlotToOneOfManyThreadsThatComeAtOnce)
     for (int number = 0; number < Threads; ++number) {
         threads.emplace_back([&, number] {
             std::string text = std::to_string(number) + "," + std::to_string(-number);
-            while (!go) {
-                std::this_thread::yield();
-            }
+            start.arrive_and_wait();
             const char *token = DOV0_strtok(text.data(), ",");
-            (token != nullptr ? served : refused) += 1;
+            (token != nullptr ? claimed : refused) += 1;
             if (token != nullptr && token != std::to_string(number)) {
                 ++wrong;
             }
-            ++arrived;
-            while (arrived < Threads) { // everybody holds what it got
-                std::this_thread::yield();
-            }
+            served.arrive_and_wait(); // everybody holds what it got
             if (token != nullptr) {
                 const char *second = DOV0_strtok(nullptr, ",");
                 if (second == nullptr || second != std::to_string(-number) ||
@@ -436,26 +456,21 @@ TEST(strtok, GivesEachSlotToOneOfManyThreadsThatComeAtOnce)
             }
         });
     }
-    go = true;
     for (std::thread &thread : threads) {
         thread.join();
     }
     setTraceLevel(0);
-    EXPECT_EQ(served, 256);
+    EXPECT_EQ(claimed, 256);
     EXPECT_EQ(refused, Threads - 256);
     EXPECT_EQ(wrong, 0);
-    std::vector<int> claims(256);
-    int errors = 0;
+    std::map<std::string, int> seen;
     for (const std::string &line : takeTrace()) {
-        errors += line == noSlots ? 1 : 0;
-        for (int index = 0; index < 256; ++index) {
-            if (line == available(index)) {
-                ++claims[static_cast<size_t>(index)];
-            }
-        }
+        ++seen[line];
     }
-    EXPECT_EQ(errors, Threads - 256);
-    EXPECT_EQ(claims, std::vector<int>(256, 1));
+    EXPECT_EQ(seen[noSlots], Threads - 256);
+    for (int index = 0; index < 256; ++index) {
+        EXPECT_EQ(seen[available(index)], 1);
+    }
     char text[] = "a,b";
     EXPECT_EQ(traceAt(Trace::Detail, [&] { DOV0_strtok(text, ","); }).front(), available(0));
 }
@@ -479,24 +494,24 @@ std::string randomText(std::mt19937 &random, size_t longest)
 bool agreesWithTheCLibrary(std::mt19937 &random)
 {
     const std::string text = randomText(random, 40);
-    GuardedBuffer own(text);
-    GuardedBuffer judge(text);
+    std::vector<char> own(text.c_str(), text.c_str() + text.size() + 1);
+    std::vector<char> judge = own;
     char *position = nullptr;
     bool isFirst = true;
     for (bool goesOn = true; goesOn;) {
         const std::string delimiters = randomText(random, 3);
-        const char *token = DOV0_strtok(isFirst ? own.text() : nullptr, delimiters.c_str());
-        const char *expected = strtok_r(isFirst ? judge.text() : nullptr, delimiters.c_str(), &position);
+        const char *token = DOV0_strtok(isFirst ? own.data() : nullptr, delimiters.c_str());
+        const char *expected = strtok_r(isFirst ? judge.data() : nullptr, delimiters.c_str(), &position);
         if ((token == nullptr) != (expected == nullptr)) {
             return false;
         }
-        if (token != nullptr && token - own.text() != expected - judge.text()) {
+        if (token != nullptr && token - own.data() != expected - judge.data()) {
             return false;
         }
         isFirst = false;
         goesOn = token != nullptr && random() % 16 != 0;
     }
-    return std::memcmp(own.text(), judge.text(), text.size() + 1) == 0;
+    return own == judge;
 }
 
 } // namespace
@@ -511,21 +526,43 @@ TEST(strtok, AgreesWithTheCLibrary)
 
 TEST(strtok, AgreesWithTheCLibraryInManyThreads)
 {
-    std::atomic<bool> go = false;
+    std::latch start(16);
     std::atomic<int> wrong = 0;
     std::vector<std::thread> threads;
     for (unsigned number = 0; number < 16; ++number) {
         threads.emplace_back([&, number] {
             std::mt19937 random(number);
-            while (!go) {
-                std::this_thread::yield();
-            }
+            start.arrive_and_wait();
             for (int round = 0; round < 500; ++round) {
                 wrong += agreesWithTheCLibrary(random) ? 0 : 1;
             }
         });
     }
-    go = true;
+    for (std::thread &thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(wrong, 0);
+}
+
+// Two threads that both took one free slot for theirs would lose the second token.
+TEST(strtok, LosesNoTokenWhenThreadsClaimAndReleaseAllTheTime)
+{
+    std::latch start(4);
+    std::atomic<int> wrong = 0;
+    std::vector<std::thread> threads;
+    for (int number = 0; number < 4; ++number) {
+        threads.emplace_back([&] {
+            start.arrive_and_wait();
+            for (int round = 0; round < 200000; ++round) {
+                char text[] = "1,2";
+                DOV0_strtok(text, ",");
+                const char *second = DOV0_strtok(nullptr, ",");
+                if (second != text + 2 || DOV0_strtok(nullptr, ",") != nullptr) {
+                    ++wrong;
+                }
+            }
+        });
+    }
     for (std::thread &thread : threads) {
         thread.join();
     }

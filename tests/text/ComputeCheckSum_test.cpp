@@ -50,6 +50,8 @@ TEST(ComputeCheckSum, SumsWordsAndTheExtraTerm)
     EXPECT_EQ(computed({0xFF, 0xFF, 0xFF, 0xFF}), 0);
     // 8000 + 0000 + 8000 = 10000, folded 0001.
     EXPECT_EQ(computed({0x80, 0, 0, 0}), 0xFFFE);
+    // FFFE + 0100 + FF01 = 1FFFF, folded 10000 and, once more, 10001.
+    EXPECT_EQ(computed({0xFF, 0xFE, 0x01, 0x00}), 0xFFFE);
 }
 
 TEST(ComputeCheckSum, IgnoresTheBytesBehindTheLastFour)

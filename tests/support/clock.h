@@ -1,0 +1,21 @@
+// The system's clock and calendar in the hands of a test: time, gettimeofday and localtime_r as the library calls
+// them. Left alone, they are the system's own.
+#ifndef DOV0610_TESTS_CLOCK_H
+#define DOV0610_TESTS_CLOCK_H
+
+#include <ctime>
+#include <sys/time.h>
+
+// Stops the clock at this time.
+void stopClock(time_t seconds, suseconds_t microseconds = 0);
+
+// What localtime_r does from now on; null for the system's own.
+void setLocalTime(tm *(*routine)(const time_t *when, tm *fields));
+
+// Sets TZ, which the library is to read by itself.
+void setTimeZone(const char *zone);
+
+// Seconds from the epoch to a date and time in UTC.
+time_t utc(int year, unsigned month, unsigned day, int hour = 0, int minute = 0, int second = 0);
+
+#endif

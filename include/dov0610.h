@@ -1418,6 +1418,75 @@ DOV0_EXPORT const char *DOV0_MoveStringPointerByChar(const char *text, int32_t c
 DOV0_EXPORT char *DOV0_FindChar(const char *buffer, int32_t length, const char *character, uint16_t type,
                                 int32_t forward) DOV0_NOEXCEPT;
 
+/**
+ * Finds a text file's encoding by its byte order mark.
+ *
+ * @param path       the file; a file that cannot be opened, and null, give null
+ * @param markLength set to the bytes of the mark, 0 without one; may be null
+ * @param mark       #DOV0_BYTE_ORDER_MARK_SIZE bytes, set to the first bytes of the mark with zeros behind them;
+ *                   may be null
+ * @return the encoding's name as ICU has it ("UTF-8", "UTF-16LE", ...), not to be freed; null for a file without a
+ *         mark, without content, or that cannot be read
+ *
+ * Of a file without content the stream stays open, so each such call costs a file descriptor.
+ *
+ * Traces nothing on failure. Any thread.
+ */
+DOV0_EXPORT const char *DOV0_LNG2_GetFileEncoding(const char *path, int32_t *markLength,
+                                                  unsigned char *mark) DOV0_NOEXCEPT;
+
+/**
+ * Tells the UTF encoding type that an encoding's name stands for.
+ *
+ * @param encoding the name, compared exactly: "UTF-16" is known, "utf-16" is not; may be null
+ * @return one of #DOV0_UTFEncodingType, #DOV0_UTF_BYTES for null and for any other name, "UTF-8" included
+ *
+ * Any thread.
+ */
+DOV0_EXPORT uint16_t DOV0_LNG2_GetFileEncodingType(const char *encoding) DOV0_NOEXCEPT;
+
+/**
+ * Reads a line, with its newline, from a file in any encoding, and converts it to UTF-8 if wanted.
+ *
+ * #DOV0_UTF_BYTES is read with fgets(). Any other type is read in chunks of 64 bytes (fewer in a smaller buffer, always
+ * a multiple of 4) until one holds the newline unit, and the stream is set back behind the line. That is exact for a
+ * line that ends in its first chunk. Behind a longer one the stream stands too far: a caller who may meet long lines
+ * sets it himself, to its position before the call plus byteCount. A line that is longer than the buffer comes in
+ * pieces.
+ *
+ * A line in UTF-16 or UTF-32 that is not converted is not terminated. A converted line is, unless it fills the buffer.
+ *
+ * @param buffer         where the line is stored; null gives null
+ * @param readBufferSize bytes of buffer. Of a larger one a conversion uses #DOV0_LINE_CONVERSION_SIZE bytes
+ * @param stream         the file, open for reading and seekable, behind its byte order mark; null gives null
+ * @param byteCount      set to the bytes that the line has in the file (up to a zero byte, for #DOV0_UTF_BYTES), also
+ *                       when it was converted; 0 at the end of the file; may be null
+ * @param encoding       the encoding's name, any that ICU knows; null is read like #DOV0_UTF_BYTES and not converted
+ * @param type           its UTF encoding type. A type that no encoding has is read up to a byte 0A
+ * @param convertToUTF8  other than 0: convert the line, unless encoding is exactly "UTF-8"
+ * @return buffer; null at the end of the file and, with an error message, when the line cannot be converted. A
+ *         conversion that does not fit is an error message too, and the line is cut
+ *
+ * A read error ends the line like the end of the file.
+ *
+ * Any thread, one at a time for a stream.
+ */
+DOV0_EXPORT char *DOV0_Fgets(char *buffer, int32_t readBufferSize, FILE *stream, int32_t *byteCount,
+                             const char *encoding, uint16_t type, int32_t convertToUTF8) DOV0_NOEXCEPT;
+
+/**
+ * Reads a line, with its newline, from a file that has to be UTF-8, and removes a UTF-8 mark before it.
+ *
+ * @param buffer where the line is stored, terminated; null gives null
+ * @param size   bytes of buffer, all of which are looked at for a mark
+ * @param stream the file, open for reading; null gives null
+ * @return buffer; null at the end of the file, after a read error, and, with an error message, for a line that
+ *         begins with the mark of another Unicode encoding
+ *
+ * Any thread, one at a time for a stream.
+ */
+DOV0_EXPORT char *DOV0_fgets(char *buffer, int32_t size, FILE *stream) DOV0_NOEXCEPT;
+
 /** @} */
 
 /**

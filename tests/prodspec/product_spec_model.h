@@ -8,7 +8,6 @@
 #include <array>
 #include <map>
 #include <optional>
-#include <regex>
 #include <string>
 #include <unicode/uloc.h>
 #include <vector>
@@ -109,12 +108,21 @@ inline std::string upper(std::string text)
 // A log with every address of the work on DP_TO_START replaced by a mark, as it cannot be foreseen.
 inline TraceLog withoutAddresses(const TraceLog &log)
 {
-    static const std::regex address("pDPindex @0x[0-9a-f]+");
-    TraceLog result;
-    for (const std::string &line : log) {
-        result.push_back(std::regex_replace(line, address, "pDPindex @PTR"));
+    static const std::string mark = "pDPindex @";
+    TraceLog result = log;
+    for (std::string &line : result) {
+        const size_t start = line.find(mark);
+        if (start != std::string::npos) {
+            const size_t address = start + mark.size();
+            line.replace(address, line.find(' ', address) - address, "PTR");
+        }
     }
     return result;
+}
+
+inline bool isSixDigits(const std::string &text)
+{
+    return text.size() == 6 && text.find_first_not_of("0123456789") == std::string::npos;
 }
 
 struct ModelValue {
@@ -245,8 +253,7 @@ private:
         if (value.empty()) {
             return;
         }
-        static const std::regex sixDigits("[0-9]{6}");
-        if (found->second == 46 && !std::regex_match(value, sixDigits)) {
+        if (found->second == 46 && !isSixDigits(value)) {
             say(Trace::Configuration,
                 ": *****ERROR: PSF file " + fileName + " specifies invalid AGENT_VERSION=" + value +
                     "; value must be 6 digits - padded w/ leading/trailing zeroes , as needed\n");

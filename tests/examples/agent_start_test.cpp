@@ -13,8 +13,8 @@ const std::string Samples = SAMPLES;
 
 std::string compiledSample(const TemporaryFolder &folder, const std::string &sample)
 {
-    const ProgramResult result =
-        run(Tool + " compile " + Samples + "/product_spec_" + sample + ".txt -o " + folder.file(sample));
+    const ProgramResult result = runProgram(Tool + " compile " + Samples + "/product_spec_" + sample +
+                                            ".txt -o " + folder.file(sample));
     EXPECT_EQ(result.status, 0) << result.errors;
     return folder.file(sample);
 }
@@ -26,7 +26,7 @@ TEST(AgentStart, ShowsARefusalAStartAQueryAndAnUpdate)
     const TemporaryFolder folder;
     const std::string agent = compiledSample(folder, "agent");
     const ProgramResult result =
-        run("LC_ALL=C " + Example + " " + agent + " " + compiledSample(folder, "refused") + " north");
+        runProgram("LC_ALL=C " + Example + " " + agent + " " + compiledSample(folder, "refused") + " north");
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.errors, "");
     EXPECT_EQ(result.output, "A packaged solution that lacks required keywords:\n"
@@ -107,9 +107,10 @@ TEST(AgentStart, ShowsARefusalAStartAQueryAndAnUpdate)
 TEST(AgentStart, StartsAPackagedSolutionToo)
 {
     const TemporaryFolder folder;
-    const ProgramResult result = run("cd " + folder.path + " && " + Example + " " +
-                                     compiledSample(folder, "solution").substr(folder.path.size() + 1) + " " +
-                                     compiledSample(folder, "refused"));
+    const ProgramResult result =
+        runProgram("cd " + folder.path + " && " + Example + " " +
+                   compiledSample(folder, "solution").substr(folder.path.size() + 1) + " " +
+                   compiledSample(folder, "refused"));
     EXPECT_EQ(result.status, 0) << result.errors;
     EXPECT_THAT(result.output, testing::HasSubstr("    DOV0_PSF_PACKAGED_SOLUTION = Y\n"));
 }
@@ -119,18 +120,18 @@ TEST(AgentStart, FailsWhenAFileIsNotWhatItIsSaidToBe)
     const TemporaryFolder folder;
     const std::string agent = compiledSample(folder, "agent");
     const std::string refused = compiledSample(folder, "refused");
-    ProgramResult result = run(Example + " " + agent + " " + agent);
+    ProgramResult result = runProgram(Example + " " + agent + " " + agent);
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.errors, "agent_start: " + agent + " is not refused\n");
-    result = run(Example + " " + refused + " " + refused);
+    result = runProgram(Example + " " + refused + " " + refused);
     EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(run(Example).status, 2);
+    EXPECT_EQ(runProgram(Example).status, 2);
 }
 
 TEST(SampleFiles, AreJudgedAsTheirCommentsSay)
 {
     const TemporaryFolder folder;
-    EXPECT_EQ(run(Tool + " check " + compiledSample(folder, "agent")).status, 0);
-    EXPECT_EQ(run(Tool + " check " + compiledSample(folder, "solution")).status, 0);
-    EXPECT_EQ(run(Tool + " check " + compiledSample(folder, "refused")).status, 1);
+    EXPECT_EQ(runProgram(Tool + " check " + compiledSample(folder, "agent")).status, 0);
+    EXPECT_EQ(runProgram(Tool + " check " + compiledSample(folder, "solution")).status, 0);
+    EXPECT_EQ(runProgram(Tool + " check " + compiledSample(folder, "refused")).status, 1);
 }

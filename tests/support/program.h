@@ -54,8 +54,8 @@ inline std::string contentsOf(const std::string &file)
     return contents.str();
 }
 
-// Runs a command line in the shell.
-inline ProgramResult run(const std::string &command)
+// Runs a command line in the shell and keeps output and errors apart; support/command.h has them together.
+inline ProgramResult runProgram(const std::string &command)
 {
     const TemporaryFolder folder;
     const int status =

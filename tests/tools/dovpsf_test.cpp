@@ -16,7 +16,7 @@ std::string compiledFile(const TemporaryFolder &folder, const std::string &plain
                          const std::string &name = "SPEC")
 {
     const ProgramResult result =
-        run(Tool + " compile " + folder.write("plain", plain) + " -o " + folder.file(name));
+        runProgram(Tool + " compile " + folder.write("plain", plain) + " -o " + folder.file(name));
     EXPECT_EQ(result.status, 0) << result.errors;
     return folder.file(name);
 }
@@ -32,7 +32,7 @@ TEST(DovpsfCompile, EnciphersEachRecordUnderItsNumber)
 {
     const TemporaryFolder folder;
     const std::string plain = folder.write("plain", "//PSF by hand\nPRODUCT_CODE=OV\nNODE_TYPE=X");
-    const ProgramResult result = run(Tool + " compile " + plain + " -o " + folder.file("SPEC"));
+    const ProgramResult result = runProgram(Tool + " compile " + plain + " -o " + folder.file("SPEC"));
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.errors, "");
     EXPECT_EQ(result.output, folder.file("SPEC") + ": 2 records\n");
@@ -45,7 +45,7 @@ TEST(DovpsfCompile, LeavesBlankLinesAndCommentsOutBeforeNumbering)
     const TemporaryFolder folder;
     const std::string plain = folder.write(
         "plain", "\xEF\xBB\xBF# a comment\r\n\r\n  \t\nPRODUCT_CODE=OV\r\n  # another\nNODE_TYPE=#1\n");
-    const ProgramResult result = run(Tool + " compile " + plain + " -o " + folder.file("SPEC"));
+    const ProgramResult result = runProgram(Tool + " compile " + plain + " -o " + folder.file("SPEC"));
     EXPECT_EQ(result.output,
               folder.file("SPEC") +
                   ": 2 records; 4 blank and comment lines left out before numbering; //PSF added\n");
@@ -77,13 +77,14 @@ TEST(DovpsfCompile, RefusesWhatCouldNotBeReadBackAndNamesTheLine)
     };
     for (const auto &[plain, reason] : cases) {
         const std::string target = folder.write("SPEC", "what was there before");
-        const ProgramResult result = run(Tool + " compile " + folder.write("plain", plain) + " -o " + target);
+        const ProgramResult result =
+            runProgram(Tool + " compile " + folder.write("plain", plain) + " -o " + target);
         EXPECT_EQ(result.status, 1);
         EXPECT_EQ(result.output, "");
         EXPECT_EQ(result.errors, "dovpsf: " + folder.file("plain") + reason + "\n");
         EXPECT_EQ(contentsOf(target), "what was there before");
     }
-    EXPECT_EQ(run(Tool + " print " + compiledFile(folder, fits)).output, "//PSF\n" + fits + "\n");
+    EXPECT_EQ(runProgram(Tool + " print " + compiledFile(folder, fits)).output, "//PSF\n" + fits + "\n");
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path), {}), 2)
         << "nothing half-written is left";
 }
@@ -93,24 +94,25 @@ TEST(DovpsfCompile, LeavesNothingBehindWhenItCannotWrite)
     const TemporaryFolder folder;
     const std::string plain = folder.write("plain", "PRODUCT_CODE=OV\n");
     std::filesystem::create_directory(folder.file("FOLDER"));
-    ProgramResult result = run(Tool + " compile " + plain + " -o " + folder.file("FOLDER"));
+    ProgramResult result = runProgram(Tool + " compile " + plain + " -o " + folder.file("FOLDER"));
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.errors, "dovpsf: " + folder.file("FOLDER") + ": is no regular file\n");
 
-    result = run(Tool + " compile " + plain + " -o " + folder.file("none/SPEC"));
+    result = runProgram(Tool + " compile " + plain + " -o " + folder.file("none/SPEC"));
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.errors, "dovpsf: " + folder.file("none/SPEC") + ": No such file or directory\n");
 
-    result = run("ulimit -f 0; trap '' XFSZ; " + Tool + " compile " + plain + " -o " + folder.file("SPEC"));
+    result =
+        runProgram("ulimit -f 0; trap '' XFSZ; " + Tool + " compile " + plain + " -o " + folder.file("SPEC"));
     EXPECT_EQ(result.status, 1);
     EXPECT_FALSE(std::filesystem::exists(folder.file("SPEC")));
 
-    result = run(Tool + " compile " + plain + " -o " + plain);
+    result = runProgram(Tool + " compile " + plain + " -o " + plain);
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.errors, "dovpsf: " + plain + ": is the plain file itself\n");
     EXPECT_EQ(contentsOf(plain), "PRODUCT_CODE=OV\n");
 
-    result = run(Tool + " compile " + folder.file("missing") + " -o " + folder.file("SPEC"));
+    result = runProgram(Tool + " compile " + folder.file("missing") + " -o " + folder.file("SPEC"));
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.errors, "dovpsf: " + folder.file("missing") + ": No such file or directory\n");
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path), {}), 2);
@@ -148,7 +150,7 @@ TEST(DovpsfPrint, GivesBackWhatWasCompiled)
     }
     const std::string file = compiledFile(folder, plain);
     EXPECT_NE(contentsOf(file), plain);
-    const ProgramResult result = run(Tool + " print " + file);
+    const ProgramResult result = runProgram(Tool + " print " + file);
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.errors, "");
     EXPECT_EQ(result.output, plain);
@@ -161,7 +163,7 @@ TEST(DovpsfPrint, SaysWhatItCannotShowAsALine)
     const std::string file = folder.write("SPEC", "//PSF\n" + enciphered(longLine.substr(0, 511), 1) +
                                                       enciphered(longLine.substr(511), 2) +
                                                       std::string("\0\n", 2) + enciphered("A=1", 4));
-    const ProgramResult result = run(Tool + " print " + file);
+    const ProgramResult result = runProgram(Tool + " print " + file);
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.output, "//PSF\n" + std::string(511, 'x') + "\n" + std::string(89, 'x') + "\n\nA=1\n");
     EXPECT_EQ(result.errors, "dovpsf: " + file + ":2: is longer than a record and read as several\ndovpsf: " +
@@ -173,19 +175,20 @@ TEST(DovpsfPrint, RefusesAFileWithoutIdentification)
     const TemporaryFolder folder;
     for (const char *contents : {"", "//PS\n", "x\n//PSF\n"}) {
         const std::string file = folder.write("SPEC", contents);
-        const ProgramResult result = run(Tool + " print " + file);
+        const ProgramResult result = runProgram(Tool + " print " + file);
         EXPECT_EQ(result.status, 1);
         EXPECT_EQ(result.output, "");
         EXPECT_EQ(result.errors, "dovpsf: " + file + ": does not begin with //PSF\n");
     }
-    EXPECT_EQ(run(Tool + " print " + folder.path).errors, "dovpsf: " + folder.path + ": Is a directory\n");
+    EXPECT_EQ(runProgram(Tool + " print " + folder.path).errors,
+              "dovpsf: " + folder.path + ": Is a directory\n");
 }
 
 TEST(DovpsfPrint, FailsWhenItsOutputCannotBeWritten)
 {
     const TemporaryFolder folder;
     const std::string file = compiledFile(folder, "PRODUCT_CODE=OV\n");
-    EXPECT_EQ(run("{ " + Tool + " print " + file + " >/dev/full; }").status, 1);
+    EXPECT_EQ(runProgram("{ " + Tool + " print " + file + " >/dev/full; }").status, 1);
 }
 
 TEST(DovpsfCheck, TellsWhatBecomesOfEachRecord)
@@ -195,7 +198,7 @@ TEST(DovpsfCheck, TellsWhatBecomesOfEachRecord)
         compiledFile(folder, "product_code=ov\nNODE_TYPE=\nno record\nCOLOR=blue\n"
                              "PRODUCT_NAME=first\nPRODUCT_NAME=second\nDP_TO_START=snmp,x\n"
                              "ENABLE_DPLOG=no thanks\nAGENT_VERSION=1\n=x\nNODE_TYPE =\x1B[2J\n");
-    const ProgramResult result = run(Tool + " check --instance inst1 " + file);
+    const ProgramResult result = runProgram(Tool + " check --instance inst1 " + file);
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.errors, "");
     const std::string records = "line 2, record 1: accepted product_code=ov\n"
@@ -237,7 +240,7 @@ TEST(DovpsfCheck, AcceptsAPackagedSolutionAlsoUnderTheDefaultName)
 {
     for (const char *name : {"SPEC", "DOVPSF"}) {
         const TemporaryFolder folder;
-        const ProgramResult result = run(Tool + " check " + compiledFile(folder, Solution, name));
+        const ProgramResult result = runProgram(Tool + " check " + compiledFile(folder, Solution, name));
         EXPECT_EQ(result.status, 0);
         EXPECT_THAT(result.output, testing::HasSubstr("    SUBNODE_AFF_FEAT=00000000000\n"));
         EXPECT_THAT(
@@ -253,7 +256,7 @@ TEST(DovpsfCheck, GivesTheReasonOfAFailure)
     const std::string failed =
         "trace: *****Product specification initialization failed\nInitialization would fail.\n";
     const auto check = [](const std::string &file) {
-        const ProgramResult result = run(Tool + " check " + file);
+        const ProgramResult result = runProgram(Tool + " check " + file);
         EXPECT_EQ(result.status, 1);
         EXPECT_EQ(result.errors, "");
         return result.output;
@@ -289,7 +292,7 @@ TEST(DovpsfCheck, TellsTheLineOfEachPartOfALongOne)
     const std::string file =
         folder.write("SPEC", "//PSF\n" + enciphered(longLine.substr(0, 511), 1) +
                                  enciphered(longLine.substr(511), 2) + enciphered("PRODUCT_CODE=OV\n", 3));
-    const ProgramResult result = run(Tool + " check " + file);
+    const ProgramResult result = runProgram(Tool + " check " + file);
     EXPECT_EQ(result.status, 0);
     EXPECT_THAT(result.output,
                 testing::StartsWith("line 2, record 1: accepted " + longLine.substr(0, 511) +
@@ -308,31 +311,31 @@ TEST(DovpsfCheck, SurvivesABinaryFile)
         for (int i = 0; i < 5000; ++i) {
             contents += static_cast<char>(random() % 256);
         }
-        EXPECT_EQ(run(Tool + " check " + folder.write("SPEC", contents)).status, 1);
-        EXPECT_EQ(run(Tool + " print " + folder.file("SPEC")).status, 0);
+        EXPECT_EQ(runProgram(Tool + " check " + folder.write("SPEC", contents)).status, 1);
+        EXPECT_EQ(runProgram(Tool + " print " + folder.file("SPEC")).status, 0);
     }
 }
 
 TEST(DovpsfCheck, RefusesANameThatTheLibraryCannotOpen)
 {
-    ProgramResult result = run(Tool + " check /tmp/" + std::string(507, 'x'));
+    ProgramResult result = runProgram(Tool + " check /tmp/" + std::string(507, 'x'));
     EXPECT_EQ(result.status, 1);
     EXPECT_THAT(result.errors, testing::HasSubstr("the name is longer than the library can open"));
-    result = run(Tool + " check /tmp/" + std::string(506, 'x'));
+    result = runProgram(Tool + " check /tmp/" + std::string(506, 'x'));
     EXPECT_THAT(result.output, testing::HasSubstr("open failed, ErrorText <File name too long>"));
-    result = run(Tool + " check /tmp/");
+    result = runProgram(Tool + " check /tmp/");
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.errors, "dovpsf: /tmp/: names no file\n");
 }
 
 TEST(Dovpsf, SaysHowItIsUsed)
 {
-    const ProgramResult help = run(Tool + " --help");
+    const ProgramResult help = runProgram(Tool + " --help");
     EXPECT_EQ(help.status, 0);
     EXPECT_THAT(help.output, testing::HasSubstr("Blank lines and lines that begin with # are left out"));
-    EXPECT_EQ(run(Tool + " --version").output.substr(0, 7), "dovpsf ");
+    EXPECT_EQ(runProgram(Tool + " --version").output.substr(0, 7), "dovpsf ");
     for (const char *arguments : {"", "unknown", "compile", "compile plain", "print", "check"}) {
-        const ProgramResult result = run(Tool + " " + arguments);
+        const ProgramResult result = runProgram(Tool + " " + arguments);
         EXPECT_EQ(result.status, 2) << arguments;
         EXPECT_NE(result.errors, "") << arguments;
     }

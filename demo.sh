@@ -1,0 +1,26 @@
+#!/bin/sh
+# Installs what is missing, builds, and starts an agent on a sample product specification.
+set -eu
+cd "$(dirname "$0")"
+packaging/install-missing.sh build tools
+
+build=build/demo
+cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DBUILD_TESTING=OFF \
+    -DDOV0_BUILD_TOOLS=ON -DDOV0_BUILD_EXAMPLES=ON >"$build.log" 2>&1 && cmake --build "$build" >>"$build.log" 2>&1 || {
+    cat "$build.log"
+    exit 1
+}
+
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+echo "== A product specification: written, enciphered, checked"
+cat examples/product_spec_agent.txt
+for sample in agent refused; do
+    "$build/tools/dovpsf" compile "examples/product_spec_$sample.txt" -o "$work/$sample"
+done
+"$build/tools/dovpsf" check "$work/agent" --instance inst1
+
+echo
+echo "== An agent starts on it"
+"$build/examples/agent_start" "$work/agent" "$work/refused" inst1

@@ -385,7 +385,7 @@ int runTool(int argc, char **argv)
     printCommand->add_option("FILE", name, "The compiled file")->required();
     CLI::App *checkCommand = app.add_subcommand(
         "check",
-        "Says what initialisation makes of each record, what defaults it fills in, and whether it succeeds");
+        "Says what initialization makes of each record, what defaults it fills in, and whether it succeeds");
     checkCommand->add_option("FILE", name, "The compiled file")->required();
     checkCommand->add_option("--instance", instanceName, "The instance name that the agent passes");
 

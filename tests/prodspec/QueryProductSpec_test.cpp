@@ -1,6 +1,8 @@
 #include "prodspec/product_spec_model.h"
 #include "support/product_spec_file.h"
 
+#include <thread>
+
 namespace {
 
 constexpr char Function[] = "DOV0_QueryProductSpec";
@@ -88,4 +90,21 @@ TEST(QueryProductSpec, TellsAPackagedSolution)
     EXPECT_STREQ(DOV0_QueryProductSpec(DOV0_PSF_PACKAGED_SOLUTION), "Y");
     EXPECT_EQ(traceAt(Trace::Detail, [] { DOV0_QueryProductSpec(DOV0_PSF_PACKAGED_SOLUTION); }),
               (TraceLog{own("Returning <Y> for Product Specification 0\n")}));
+}
+
+TEST(QueryProductSpec, AnswersSeveralThreadsAtOnce)
+{
+    ASSERT_EQ(DOV0_InitializeProductSpec(nullptr, 1), 1);
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([] {
+            for (int round = 0; round < 200; ++round) {
+                EXPECT_STREQ(DOV0_QueryProductSpec(DOV0_PSF_DCH_PORT_NUMBER), "1919");
+                DOV0_SetDPstartMode(round);
+            }
+        });
+    }
+    for (std::thread &thread : threads) {
+        thread.join();
+    }
 }

@@ -942,7 +942,7 @@ DOV0_EXPORT uint32_t DOV0_ExtractBERfield(unsigned char **cursor, uint32_t *leng
  *
  * @param cursor   address of the pointer to the field; moved past it, or left alone when it has another tag
  * @param valueOut receives the integer; left alone on failure; may be null
- * @return 1; 0 (with an error message) when the pointer is null, the tag is not #DOV0_ASN_INTEGER or the integer has
+ * @return 1; 0 (with an error message) when the pointer is null, the tag is not DOV0_ASN_INTEGER or the integer has
  *         more than 4 bytes
  *
  * Any thread.
@@ -1146,7 +1146,7 @@ DOV0_EXPORT int32_t DOV0_ExtractXMLfield();
  * show as the smaller ones.
  *
  * @param services the value; below 1 is "Unspecified"
- * @return a new text in a block of #DOV0_SERVICE_TEXT_SIZE bytes, owned by the caller and freed with DOV0_FreeStorage();
+ * @return a new text in a block of DOV0_SERVICE_TEXT_SIZE bytes, owned by the caller and freed with DOV0_FreeStorage();
  *         null (with an error message) when there is no storage
  *
  * Any thread.

@@ -17,8 +17,10 @@ extern "C" int32_t DOV0_FormatBERoctetstringType(unsigned char **cursor, unsigne
     const Frame frame(TRC1__EPB_);
 
     unsigned char *const field = cursor != nullptr ? *cursor : nullptr;
-    if (DOV0_IsValidPointer(field) == 0 || length < 1 || DOV0_IsValidBlockPointer(field) == 0 ||
-        data == nullptr || length > LongestValue) {
+    // The predicates refuse no more than null, but tell the trace what they were asked.
+    const bool isRoomGiven =
+        DOV0_IsValidPointer(field) != 0 && length >= 1 && DOV0_IsValidBlockPointer(field) != 0;
+    if (!isRoomGiven || field == nullptr || data == nullptr || length > LongestValue) {
         TRACE(frame, Trace::Error, "*****Input parameter invalid @%p @%p %d\n", static_cast<void *>(field),
               static_cast<const void *>(data), length);
         return frame.leave<int32_t>(0);

@@ -357,10 +357,9 @@ TEST(StringToCorvelTime, TakesTheCurrentYearOfTheTimeZoneThatTzNames)
 
 TEST(StringToCorvelTime, TakesLongTexts)
 {
-    constexpr size_t Length = 100000;
-    const auto repeated = [](const std::string &piece) {
+    const auto repeated = [](const std::string &piece, size_t length) {
         std::string text;
-        while (text.size() < Length) {
+        while (text.size() < length) {
             text += piece;
         }
         return text;
@@ -368,9 +367,17 @@ TEST(StringToCorvelTime, TakesLongTexts)
     for (const char *piece :
          {" ",  ".",  ":",  "/",  "\\", "1",    "A",      "T",    "JAN", "JAN ", "JAN1 ", "SUNDAY ",
           "X ", "1 ", "1.", "1:", "1/", " /.:", "9 JAN ", "\xFF", "\t",  "MAY.", "J A N "}) {
-        compareWithModel(repeated(piece));
-        compareWithModel(repeated(piece) + " 10:20:30 JAN 15 2024");
-        compareWithModel("10:20:30 15/JAN/2024" + repeated(piece));
+        for (const size_t length : {2000U, 100000U}) {
+            const std::string pieces = repeated(piece, length);
+            for (const std::string &text :
+                 {pieces, pieces + " 10:20:30 JAN 15 2024", "10:20:30 15/JAN/2024" + pieces}) {
+                if (length == 2000) {
+                    ASSERT_NO_FATAL_FAILURE(compareWithModel(text));
+                } else {
+                    ASSERT_EQ(timestampOf(text), FreeFormModel(text, CurrentYear - 1900).result) << piece;
+                }
+            }
+        }
     }
 }
 
@@ -404,7 +411,7 @@ TEST(StringToCorvelTime, AgreesWithTheModelOnPiecesOfDates)
     const char *const joints[] = {" ", " ", " ", " ",  "  ", "",  "",   "/", "/",
                                   "/", ".", ".", "\\", ":",  ",", ", ", "-", "   "};
     std::mt19937 random(33);
-    for (int i = 0; i < 20000; ++i) {
+    for (int i = 0; i < 10000; ++i) {
         std::string text(random() % 8 == 0 ? random() % 3 : 0, ' ');
         const size_t count = 1 + random() % 7;
         const char *const joint = joints[random() % std::size(joints)];
@@ -423,7 +430,7 @@ TEST(StringToCorvelTime, AgreesWithTheModelOnRandomCharacters)
     const std::string alphabets[] = {"0123456789/.:\\ ", "01 JANFEBMRYULT:./\\",      "12 MAY.", "1:2: ",
                                      "9/J.A\\N ",        "\t\n\v\r +-19:./aZ\x80\xFF"};
     std::mt19937 random(34);
-    for (int i = 0; i < 20000; ++i) {
+    for (int i = 0; i < 10000; ++i) {
         const std::string &alphabet = alphabets[random() % std::size(alphabets)];
         std::string text(random() % 25, '\0');
         for (char &character : text) {

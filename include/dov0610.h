@@ -889,7 +889,8 @@ DOV0_EXPORT int32_t DOV0_FormatBERlengthField(unsigned char **cursor, uint32_t l
  *
  * Any thread, as long as no other one uses the buffer.
  */
-DOV0_EXPORT int32_t DOV0_FormatBERintegerType(unsigned char **cursor, unsigned char tag, int32_t value) DOV0_NOEXCEPT;
+DOV0_EXPORT int32_t DOV0_FormatBERintegerType(unsigned char **cursor, unsigned char tag,
+                                              int32_t value) DOV0_NOEXCEPT;
 
 /**
  * Writes a field that holds nothing: 0x05 0x00.
@@ -913,8 +914,8 @@ DOV0_EXPORT int32_t DOV0_FormatBERnullType(unsigned char **cursor) DOV0_NOEXCEPT
  *
  * Any thread, as long as no other one uses the buffer.
  */
-DOV0_EXPORT int32_t DOV0_FormatBERoctetstringType(unsigned char **cursor, unsigned char tag, const unsigned char *data,
-                                                  int32_t length) DOV0_NOEXCEPT;
+DOV0_EXPORT int32_t DOV0_FormatBERoctetstringType(unsigned char **cursor, unsigned char tag,
+                                                  const unsigned char *data, int32_t length) DOV0_NOEXCEPT;
 
 /**
  * Reads the tag and the length of a field and tells where its value is. Of the buffer only the tag and the length field
@@ -980,7 +981,8 @@ DOV0_EXPORT const char *DOV0_GetASN1typeString(int32_t tag) DOV0_NOEXCEPT;
  *     int32_t size;
  *     if (DOV0_FormatOIDfromString("1.3.6.1.2.1.1.1.0", &field, &size)) { ... DOV0_FreeStorage(&field); }
  */
-DOV0_EXPORT int32_t DOV0_FormatOIDfromString(const char *text, unsigned char **berOut, int32_t *sizeOut) DOV0_NOEXCEPT;
+DOV0_EXPORT int32_t DOV0_FormatOIDfromString(const char *text, unsigned char **berOut,
+                                             int32_t *sizeOut) DOV0_NOEXCEPT;
 
 /**
  * Decodes the content of an object identifier field, as DOV0_ExtractBERfield() finds it.
@@ -1061,8 +1063,8 @@ typedef enum DOV0_DataType {
 
 /** Attribute types that make #DOV0_DATA_ATTRIBUTE_81 an integer; with any other it is bytes. */
 typedef enum DOV0_AttributeType {
-    DOV0_ATTRIBUTE_SHORT = 'S',           /**< an integer of 2 bytes */
-    DOV0_ATTRIBUTE_COUNTER = 'C',         /**< this and the others: an integer of 2 or 4 bytes, as its size says */
+    DOV0_ATTRIBUTE_SHORT = 'S',   /**< an integer of 2 bytes */
+    DOV0_ATTRIBUTE_COUNTER = 'C', /**< this and the others: an integer of 2 or 4 bytes, as its size says */
     DOV0_ATTRIBUTE_GAUGE = 'G',
     DOV0_ATTRIBUTE_NUMBER_A = 'A',
     DOV0_ATTRIBUTE_NUMBER_QUESTION = '?',
@@ -1105,8 +1107,8 @@ enum { DOV0_SERVICE_TEXT_SIZE = 64 };
  *     unsigned char record[64], *next = record + 4;
  *     next += DOV0_FormatDataField(record, next, DOV0_DATA_INT_17, &value, sizeof value, NULL);
  */
-DOV0_EXPORT int32_t DOV0_FormatDataField(void *totalLength, void *field, int32_t type, const void *value, int32_t size,
-                                         const char *attrType) DOV0_NOEXCEPT;
+DOV0_EXPORT int32_t DOV0_FormatDataField(void *totalLength, void *field, int32_t type, const void *value,
+                                         int32_t size, const char *attrType) DOV0_NOEXCEPT;
 
 /**
  * Reads a field: tells where its data is and turns integers into host order, in place. An integer whose data has not the
@@ -1282,19 +1284,19 @@ typedef enum DOV0_UTFEncodingBit {
 
 /** UTF encoding types. */
 typedef enum DOV0_UTFEncodingType {
-    DOV0_UTF_BYTES = 0,                                       /**< single bytes, UTF-8 and whatever else */
-    DOV0_UTF16 = DOV0_UTF_16BIT,                              /**< "UTF-16", read as big-endian */
-    DOV0_UTF16BE = DOV0_UTF_16BIT | DOV0_UTF_BIG_ENDIAN,      /**< "UTF-16BE" */
-    DOV0_UTF16LE = DOV0_UTF_16BIT | DOV0_UTF_LITTLE_ENDIAN,   /**< "UTF-16LE" */
-    DOV0_UTF32 = DOV0_UTF_32BIT,                              /**< "UTF-32", read as big-endian */
-    DOV0_UTF32BE = DOV0_UTF_32BIT | DOV0_UTF_BIG_ENDIAN,      /**< "UTF-32BE" */
-    DOV0_UTF32LE = DOV0_UTF_32BIT | DOV0_UTF_LITTLE_ENDIAN    /**< "UTF-32LE" */
+    DOV0_UTF_BYTES = 0,                                     /**< single bytes, UTF-8 and whatever else */
+    DOV0_UTF16 = DOV0_UTF_16BIT,                            /**< "UTF-16", read as big-endian */
+    DOV0_UTF16BE = DOV0_UTF_16BIT | DOV0_UTF_BIG_ENDIAN,    /**< "UTF-16BE" */
+    DOV0_UTF16LE = DOV0_UTF_16BIT | DOV0_UTF_LITTLE_ENDIAN, /**< "UTF-16LE" */
+    DOV0_UTF32 = DOV0_UTF_32BIT,                            /**< "UTF-32", read as big-endian */
+    DOV0_UTF32BE = DOV0_UTF_32BIT | DOV0_UTF_BIG_ENDIAN,    /**< "UTF-32BE" */
+    DOV0_UTF32LE = DOV0_UTF_32BIT | DOV0_UTF_LITTLE_ENDIAN  /**< "UTF-32LE" */
 } DOV0_UTFEncodingType;
 
 /** Sizes in line reading. */
 enum {
-    DOV0_BYTE_ORDER_MARK_SIZE = 4,    /**< bytes of a mark that DOV0_LNG2_GetFileEncoding() stores */
-    DOV0_LINE_CONVERSION_SIZE = 8192  /**< longest converted line of DOV0_Fgets(), in bytes */
+    DOV0_BYTE_ORDER_MARK_SIZE = 4,   /**< bytes of a mark that DOV0_LNG2_GetFileEncoding() stores */
+    DOV0_LINE_CONVERSION_SIZE = 8192 /**< longest converted line of DOV0_Fgets(), in bytes */
 };
 
 /**

@@ -275,15 +275,15 @@ typedef enum LNG2_LanguageId {
 
 /** Bounds and statuses of the language support. */
 enum {
-    LNG2_LOCALE_NAME_SIZE = 128,    /**< bytes of a locale object's name, with the terminator */
-    LNG2_CODEPAGE_NAME_SIZE = 256,  /**< bytes that hold any code page's name, with the terminator */
+    LNG2_LOCALE_NAME_SIZE = 128,     /**< bytes of a locale object's name, with the terminator */
+    LNG2_CODEPAGE_NAME_SIZE = 256,   /**< bytes that hold any code page's name, with the terminator */
     LNG2_STATUS_BUFFER_OVERFLOW = 15 /**< the result did not fit and was cut */
 };
 
 /** A locale as one caller sees it: each call that gives one out makes a new one. */
 typedef struct LNG2_Locale {
-    int32_t languageId;               /**< Windows language identifier, or one of #LNG2_LanguageId; 0 if unknown */
-    int32_t codepage;                 /**< 0 until set; the caller may set it */
+    int32_t languageId; /**< Windows language identifier, or one of #LNG2_LanguageId; 0 if unknown */
+    int32_t codepage;   /**< 0 until set; the caller may set it */
     char name[LNG2_LOCALE_NAME_SIZE]; /**< ICU locale name; the caller may replace it */
 } LNG2_Locale;
 
@@ -370,8 +370,7 @@ DOV0_EXPORT int32_t LNG2_GetCodepageName(int32_t codepage, char *name, int32_t n
  */
 DOV0_EXPORT int32_t LNG2_TranslateString(int32_t targetCodepage, char *output, int32_t outputCapacity,
                                          int32_t sourceCodepage, const char *input, int32_t inputLength,
-                                         int32_t *inputConsumed, int32_t reserved,
-                                         int32_t *status);
+                                         int32_t *inputConsumed, int32_t reserved, int32_t *status);
 
 /**
  * Opens a resource bundle for a locale, with ICU's fall-back: to the parent locales, then to the process's

@@ -36,7 +36,9 @@ int32_t numberBehind(const char *prefix, const char *name) noexcept
     }
     const char *digits = name + prefixLength;
     const size_t count = std::strspn(digits, "0123456789");
-    return count > 0 && count < 8 && digits[count] == '\0' ? std::atoi(digits) : 0;
+    return count > 0 && count < 8 && digits[count] == '\0'
+               ? static_cast<int32_t>(std::strtol(digits, nullptr, 10))
+               : 0;
 }
 
 const char *standardName(const char *converterName, const char *standard) noexcept

@@ -37,5 +37,5 @@ extern "C" int32_t DOV0_ConvertUnicodeToUTF8(const char16_t *text, int32_t units
           "Successfully converted Unicode to UTF8, length needed <%d> length supplied <%d>\n", needed,
           capacity);
     // The length of the text, which a zero unit in the input ends early.
-    return frame.leave<int32_t>(static_cast<int32_t>(std::strlen(output)));
+    return frame.leave<int32_t>(static_cast<int32_t>(output != nullptr ? std::strlen(output) : 0));
 }

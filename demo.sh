@@ -5,9 +5,10 @@ cd "$(dirname "$0")"
 packaging/install-missing.sh build tools
 
 build=build/demo
+mkdir -p "$build"
 cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DBUILD_TESTING=OFF \
-    -DDOV0_BUILD_TOOLS=ON -DDOV0_BUILD_EXAMPLES=ON >"$build.log" 2>&1 && cmake --build "$build" >>"$build.log" 2>&1 || {
-    cat "$build.log"
+    -DDOV0_BUILD_TOOLS=ON -DDOV0_BUILD_EXAMPLES=ON >"$build/log" 2>&1 && cmake --build "$build" >>"$build/log" 2>&1 || {
+    cat "$build/log"
     exit 1
 }
 

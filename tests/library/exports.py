@@ -22,7 +22,8 @@ def differ(what, left_name, left, right_name, right):
 def declared(header):
     text = (root / "include" / header).read_text()
     text = re.sub(r"/\*.*?\*/", "", text, flags=re.S)
-    return re.findall(r"^DOV0_EXPORT[^;]*?\b(\w+)\s*\(", text, flags=re.M)
+    # a function that C and C++ declare differently stands there twice
+    return sorted(set(re.findall(r"^DOV0_EXPORT[^;]*?\b(\w+)\s*\(", text, flags=re.M)))
 
 
 def mapped(node):

@@ -6,7 +6,7 @@ set -eu
 packages=
 for group in "$@"; do
     case $group in
-    build) packages="$packages g++ cmake ninja-build libicu-dev git pkg-config" ;;
+    build) packages="$packages g++ cmake make ninja-build libicu-dev git pkg-config" ;;
     tools) packages="$packages libcli11-dev" ;;
     tests) packages="$packages libgtest-dev libgmock-dev python3 binutils openssl icu-devtools strace" ;;
     checks) packages="$packages clang-format clang-tidy python3-yaml doxygen" ;;

@@ -1496,6 +1496,142 @@ DOV0_EXPORT char *DOV0_fgets(char *buffer, int32_t size, FILE *stream) DOV0_NOEX
  * @{
  */
 
+/** Message classes; each has its keys in the catalogue: "DOVP", a letter, and the message number. */
+typedef enum DOV0_MessageClass {
+    DOV0_MESSAGE_CLASS_A = 1,      /**< keys "DOVPA..." */
+    DOV0_MESSAGE_CLASS_G = 2,      /**< keys "DOVPG..." */
+    DOV0_MESSAGE_CLASS_L = 3,      /**< keys "DOVPL..." */
+    DOV0_MESSAGE_CLASS_S = 4,      /**< keys "DOVPS..." */
+    DOV0_MESSAGE_CLASS_S_ALSO = 5, /**< keys "DOVPS..." too */
+    DOV0_MESSAGE_CLASS_V = 6       /**< keys "DOVPV..." */
+} DOV0_MessageClass;
+
+/** Bounds of a message. */
+enum {
+    DOV0_MESSAGE_PARAMETER_UNITS = 512, /**< a longer parameter is cut, in UTF-16 units */
+    DOV0_MESSAGE_UNITS = 2048           /**< a longer message is cut, in UTF-16 units */
+};
+
+/**
+ * Makes an operator message in the language of the current locale.
+ *
+ * The catalogue is the resource bundle "dovpmsg" in the directory that DOVP_RB_PATH names, else LNG1_LOCALEDIR, else in
+ * "./rb"; the directory is settled by the first call in the process. The locale is the product specification's
+ * (#DOV0_PSF_AGENT_LOCALE), else ICU's default one. A pattern is one of ICU's message patterns with the parameters
+ * {0} to {4}, which are texts.
+ *
+ * @param messageClass  one of #DOV0_MessageClass; any other is reported as an error
+ * @param output        where the message is stored in the native code page (ICU's default converter), always
+ *                      terminated; a longer message is cut. Empty after any failure. Null is reported as an error
+ * @param outputSize    bytes of output; below 1 is reported as an error and output is left alone
+ * @param messageNumber the message, of at most seven characters; a longer number is reported as an error
+ * @param parameter1    {0}, in the native code page; null and empty stand for "?"
+ * @param parameter2    {1}
+ * @param parameter3    {2}
+ * @param parameter4    {3}
+ * @param parameter5    {4}
+ *
+ * Failures are reported as errors: no locale object, no bundle, no such message, a pattern that is malformed or asks
+ * for anything but the five texts, no converter. The first two also write to standard output.
+ *
+ * Any thread.
+ *
+ *     char text[256];
+ *     DOV0_LNG2_Message(DOV0_MESSAGE_CLASS_V, text, sizeof text, 599, "/opt/agent/messages", NULL, NULL, NULL, NULL);
+ */
+DOV0_EXPORT void DOV0_LNG2_Message(int32_t messageClass, char *output, int32_t outputSize,
+                                   int32_t messageNumber, const char *parameter1, const char *parameter2,
+                                   const char *parameter3, const char *parameter4,
+                                   const char *parameter5) DOV0_NOEXCEPT;
+
+/**
+ * Converts a text from the native code page (ICU's default converter) to UTF-16, as a parameter of a message.
+ *
+ * @param locale   not used; may be null
+ * @param target   where the result is stored, terminated where there is room; a longer one is cut
+ * @param capacity units of target
+ * @param text     the text; null is reported as an error
+ *
+ * A converter that cannot be opened and a conversion that fails are reported as errors, and target is not to be used.
+ *
+ * Any thread.
+ */
+DOV0_EXPORT void DOV0_LNG2_MsgSubparmToUTF_Util(LNG2_Locale *locale, char16_t *target, int32_t capacity,
+                                                const char *text) DOV0_NOEXCEPT;
+
+/**
+ * Shows a message on the operators' console.
+ *
+ * With the agent framework (DOV0_SetDPstartMode() 0, as at start) the message goes to AGF_CreateMessage(). A data
+ * provider that runs on its own starts the console's command-line tool and waits for its end:
+ *
+ *     AGFMESG -s STEXT -c CTEXT "MESSAGE"
+ *
+ * The environment variable DOV_OMC switches the console off when its first letter is N in either case; it is read once,
+ * by the first call in the process.
+ *
+ * @warning The command is a text for the shell, which acts on what it finds in it: a message, a -c or a -s text with
+ * double quotes, dollar signs, backquotes or backslashes can start other programs. With the environment variable
+ * DOV_OMC_ESCAPE set to Y, each of these in the message has a backslash put before it, and any message arrives as
+ * it is. It is not set by default, and the -c and -s texts are never changed: take them from your own program only.
+ *
+ * @param cText   the text behind -c, of which only what stands before its first blank is used; null and empty
+ *                leave the option out
+ * @param sText   the text behind -s; null and empty leave the option out
+ * @param message the message; null is reported as an error and gives #DOV0_CONSOLE_NOT_SENT
+ * @return 0 when the framework has it; the tool's status as system() gives it; #DOV0_CONSOLE_NOT_SENT when the console
+ *         is switched off or, reported as an error, there is no message or no storage
+ *
+ * Any thread. The calling thread waits for the tool.
+ *
+ *     DOV0_ZTconsoleMessage("ALERT", NULL, "Node 192.0.2.1 does not answer");
+ */
+DOV0_EXPORT int32_t DOV0_ZTconsoleMessage(const char *cText, const char *sText,
+                                          const char *message) DOV0_NOEXCEPT;
+
+/** Status of DOV0_ZTconsoleMessage() beside 0 and those of system(). */
+enum { DOV0_CONSOLE_NOT_SENT = -1 /**< nothing was sent */ };
+
+/**
+ * Tells in which code page the system's shell expects commands where text is in a Windows code page:
+ *
+ * | Windows | 1250 | 1251 | 1252 | 1253 | 1254 | 1255 | 1256 | 1257 |
+ * |---------|------|------|------|------|------|------|------|------|
+ * | DOS     | 852  | 866  | 850  | 851  | 853  | 856  | 864  | 865  |
+ *
+ * For #LNG2_LANGUAGE_GREEK and #LNG2_LANGUAGE_TURKISH 737 takes the place of 850.
+ *
+ * @param codepage the code page of text; one that is not in the table is kept
+ * @param language the language identifier, as LNG2_GetThreadLocale() gives it
+ * @return the code page for commands
+ *
+ * Any thread.
+ */
+DOV0_EXPORT int32_t DOV0_CheckSystemCommandCodepage(int32_t codepage, int32_t language) DOV0_NOEXCEPT;
+
+/**
+ * Converts a command from UTF-8 to the code page of the shell, which goes with the calling thread's locale (see
+ * DOV0_CheckSystemCommandCodepage()), and ends it with a blank. A command of ASCII characters alone is copied and always
+ * has a blank appended, another one only where it does not end in one.
+ *
+ * @param command the command, in UTF-8, not changed; need not be terminated
+ * @param length  bytes of command, from 1 to 2147483645
+ * @param output  where the result is stored. It must have room for length + 2 bytes, even where size says less: an
+ *                ASCII command is followed by the blank and a terminator in any case. Any other result is
+ *                terminated where there is room
+ * @param size    bytes of output, at least length
+ * @return bytes of the result without a terminator; 0 when it was not converted, which is a detail message for null
+ *         and for a length or size out of range, and an error otherwise: no locale, no storage, no such code page
+ *         (853, for the Turkish 1254, is unknown to ICU), a result that does not fit
+ *
+ * Any thread.
+ *
+ *     char line[512];
+ *     int32_t length = DOV0_ConvertUTF8CommandToDOS(command, (int32_t)strlen(command), line, sizeof line);
+ */
+DOV0_EXPORT int32_t DOV0_ConvertUTF8CommandToDOS(const char *command, int32_t length, char *output,
+                                                 int32_t size) DOV0_NOEXCEPT;
+
 /** @} */
 
 /**

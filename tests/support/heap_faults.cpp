@@ -78,6 +78,11 @@ bool withHeapFailure(int n, const std::function<void()> &call)
     return runCounted(n, n, call) >= n;
 }
 
+bool withHeapFailureFrom(int n, const std::function<void()> &call)
+{
+    return runCounted(n, INT_MAX, call) >= n;
+}
+
 void withoutHeap(const std::function<void()> &call)
 {
     runCounted(1, INT_MAX, call);

@@ -8,6 +8,9 @@
 // succeed. Returns whether the call came as far as that request.
 bool withHeapFailure(int n, const std::function<void()> &call);
 
+// The same, and all later requests fail too: some callers try again with less.
+bool withHeapFailureFrom(int n, const std::function<void()> &call);
+
 // Makes every heap request of the calling thread fail while a call runs.
 void withoutHeap(const std::function<void()> &call);
 

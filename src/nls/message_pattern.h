@@ -1,0 +1,31 @@
+// Message patterns and the texts that are put into them. ICU's C interface would do the same, but takes no notice when
+// it has no memory for the arguments.
+#ifndef DOV0610_NLS_MESSAGE_PATTERN_H
+#define DOV0610_NLS_MESSAGE_PATTERN_H
+
+#include <cstdint>
+#include <unicode/msgfmt.h>
+
+// Messages have up to five parameters.
+constexpr int32_t MessageParameterCount = 5;
+
+class MessagePattern {
+public:
+    // Reads a pattern. The status of one that asks for anything but the five parameters, and those as texts, is a
+    // failure: numbers, dates, names or a sixth parameter are nowhere.
+    MessagePattern(const char *localeName, const char16_t *pattern, int32_t length,
+                   UErrorCode &status) noexcept;
+
+    // Takes the text of a parameter, which ends in a zero unit.
+    void setParameter(int32_t index, const char16_t *text, UErrorCode &status) noexcept;
+
+    // Stores the message, as much of it as there is room for, and returns its whole length. The status is a buffer
+    // overflow when that is more than the capacity.
+    int32_t format(char16_t *message, int32_t capacity, UErrorCode &status) const noexcept;
+
+private:
+    icu::MessageFormat messageFormat;
+    icu::Formattable parameters[MessageParameterCount];
+};
+
+#endif

@@ -1,5 +1,5 @@
 #!/bin/sh
-# Installs what is missing, builds, and starts an agent on a sample product specification.
+# Installs what is missing, builds, starts an agent on a sample product specification, and speaks three languages.
 set -eu
 cd "$(dirname "$0")"
 packaging/install-missing.sh build tools
@@ -7,7 +7,7 @@ packaging/install-missing.sh build tools
 build=build/demo
 mkdir -p "$build"
 cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DBUILD_TESTING=OFF \
-    -DDOV0_BUILD_TOOLS=ON -DDOV0_BUILD_EXAMPLES=ON >"$build/log" 2>&1 && cmake --build "$build" >>"$build/log" 2>&1 || {
+    -DDOV0_BUILD_TOOLS=ON -DDOV0_BUILD_EXAMPLES=ON -DDOV0_BUILD_MESSAGES=ON >"$build/log" 2>&1 && cmake --build "$build" >>"$build/log" 2>&1 || {
     cat "$build/log"
     exit 1
 }
@@ -25,3 +25,9 @@ done
 echo
 echo "== An agent starts on it"
 "$build/examples/agent_start" "$work/agent" "$work/refused" inst1
+
+echo
+echo "== A message of its catalogue in three languages"
+for locale in en_US de_DE ja_JP; do
+    LC_ALL=$locale.UTF-8 DOVP_RB_PATH=$build/messages "$build/examples/operator_message" S 403 192.0.2.1 genErr 2
+done

@@ -7,8 +7,8 @@ packages=
 for group in "$@"; do
     case $group in
     build) packages="$packages g++ cmake make ninja-build libicu-dev git pkg-config" ;;
-    tools) packages="$packages libcli11-dev" ;;
-    tests) packages="$packages libgtest-dev libgmock-dev python3 binutils openssl icu-devtools strace" ;;
+    tools) packages="$packages libcli11-dev icu-devtools" ;;
+    tests) packages="$packages libgtest-dev libgmock-dev python3 binutils openssl strace" ;;
     checks) packages="$packages clang-format clang-tidy python3-yaml doxygen" ;;
     benchmarks) packages="$packages libbenchmark-dev valgrind" ;;
     *)

@@ -1,5 +1,5 @@
 #!/bin/sh
-# Runs clang-tidy over the library, the tools and the examples. Any finding fails.
+# Runs clang-tidy over the library, the tools, the examples and the catalogue check. Any finding fails.
 # Usage: clang_tidy.sh BUILD_FOLDER
 set -eu
 build=$1
@@ -7,7 +7,7 @@ build=$1
 filtered=$(mktemp -d)
 trap 'rm -rf "$filtered"' EXIT
 sed 's/ -fno-plt//g; s/ -Wcast-align=strict//g' "$build/compile_commands.json" >"$filtered/compile_commands.json"
-run-clang-tidy -quiet -p "$filtered" "$(pwd)/(src|tools|examples)/.*" >"$filtered/report" 2>&1 || {
+run-clang-tidy -quiet -p "$filtered" "$(pwd)/(src|tools|examples|messages)/.*" >"$filtered/report" 2>&1 || {
     grep -vE '^clang-tidy|warnings generated|^Suppressed|^Use -' "$filtered/report"
     exit 1
 }

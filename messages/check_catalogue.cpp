@@ -3,6 +3,7 @@
 #include "nls/message_pattern.h"
 
 #include <cstdio>
+#include <exception>
 #include <map>
 #include <regex>
 #include <set>
@@ -109,14 +110,8 @@ void compare(const Bundle &model, const std::string &locale, const Bundle &messa
     }
 }
 
-} // namespace
-
-int main(int argc, char **argv)
+int checkCatalogue(int argc, char **argv)
 {
-    if (argc < 3) {
-        std::fprintf(stderr, "usage: check_catalogue FOLDER LOCALE...\n");
-        return 2;
-    }
     const Bundle model = read(argv[1], argv[2]);
     if (model.empty()) {
         complain(argv[2], "", "has no messages");
@@ -130,4 +125,20 @@ int main(int argc, char **argv)
     }
     std::printf("message catalogue: %d locales, %zu messages\n", argc - 2, model.size());
     return 0;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    if (argc < 3) {
+        std::fprintf(stderr, "usage: check_catalogue FOLDER LOCALE...\n");
+        return 2;
+    }
+    try {
+        return checkCatalogue(argc, argv);
+    } catch (const std::exception &error) {
+        std::fprintf(stderr, "check_catalogue: %s\n", error.what());
+        return 1;
+    }
 }

@@ -10,7 +10,7 @@ for group in "$@"; do
     tools) packages="$packages libcli11-dev icu-devtools" ;;
     tests) packages="$packages libgtest-dev libgmock-dev python3 binutils openssl strace" ;;
     checks) packages="$packages clang-format clang-tidy python3-yaml doxygen" ;;
-    benchmarks) packages="$packages libbenchmark-dev valgrind" ;;
+    benchmarks) packages="$packages libbenchmark-dev valgrind libssl-dev libsnmp-dev" ;;
     *)
         echo "install-missing.sh: there is no group '$group'" >&2
         exit 2

@@ -41,14 +41,34 @@ int32_t sequenceOf(time_t when) noexcept
     return nextSequence(last);
 }
 
+constexpr int32_t LargestYear = 999; // of three digits
+
+// The digits of a number that has no more of them.
+void putDigits(char *target, int32_t number, int32_t digits) noexcept
+{
+    for (int32_t i = digits - 1; i >= 0; --i) {
+        target[i] = static_cast<char>('0' + number % 10);
+        number /= 10;
+    }
+}
+
 // Prints a timestamp field by field to its place. The second stands at its eleventh character also when the
 // year needs more than three, and a leap second is shown as 00 so that its field stays valid.
 void printTimestamp(char (&text)[64], const tm &local, int32_t sequence) noexcept
 {
-    std::snprintf(text, sizeof text, "%.3d%.2d%.2d%.2d%.2d", local.tm_year, local.tm_mon + 1, local.tm_mday,
-                  local.tm_hour, local.tm_min);
-    std::snprintf(text + 11, sizeof text - 11, "%.2d", local.tm_sec < 60 ? local.tm_sec : 0);
-    std::snprintf(text + 13, sizeof text - 13, "%.3d", sequence);
+    if (local.tm_year < 0 || local.tm_year > LargestYear) {
+        std::snprintf(text, sizeof text, "%.3d%.2d%.2d%.2d%.2d", local.tm_year, local.tm_mon + 1,
+                      local.tm_mday, local.tm_hour, local.tm_min);
+    } else {
+        putDigits(text, local.tm_year, 3);
+        putDigits(text + 3, local.tm_mon + 1, 2);
+        putDigits(text + 5, local.tm_mday, 2);
+        putDigits(text + 7, local.tm_hour, 2);
+        putDigits(text + 9, local.tm_min, 2);
+    }
+    putDigits(text + 11, local.tm_sec < 60 ? local.tm_sec : 0, 2);
+    putDigits(text + 13, sequence, 3);
+    text[DOV0_TIMESTAMP_SIZE - 1] = '\0';
 }
 
 } // namespace

@@ -4,12 +4,8 @@
 
 #include <ctime>
 
-// Breaks a time into local time and tells whether that can be done: a year must fit into an int. The
-// re-entrant routine may leave TZ unread, hence tzset, so that a change of TZ counts at once.
-inline bool breakIntoLocalTime(time_t when, tm &fields) noexcept
-{
-    tzset();
-    return localtime_r(&when, &fields) != nullptr;
-}
+// Breaks a time into local time and tells whether that can be done: a year must fit into an int. A change of TZ counts
+// at once, one of the system's time zone file within a second.
+bool breakIntoLocalTime(time_t when, tm &fields) noexcept;
 
 #endif

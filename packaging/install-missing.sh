@@ -9,7 +9,7 @@ for group in "$@"; do
     build) packages="$packages g++ cmake make ninja-build libicu-dev git pkg-config" ;;
     tools) packages="$packages libcli11-dev icu-devtools" ;;
     tests) packages="$packages libgtest-dev libgmock-dev python3 binutils openssl strace" ;;
-    checks) packages="$packages clang-format clang-tidy python3-yaml doxygen" ;;
+    checks) packages="$packages clang-format clang-tidy python3-yaml doxygen gcovr" ;;
     benchmarks) packages="$packages libbenchmark-dev valgrind libssl-dev libsnmp-dev" ;;
     *)
         echo "install-missing.sh: there is no group '$group'" >&2

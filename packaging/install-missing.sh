@@ -10,6 +10,7 @@ for group in "$@"; do
     tools) packages="$packages libcli11-dev" ;;
     tests) packages="$packages libgtest-dev libgmock-dev python3 binutils openssl icu-devtools strace" ;;
     checks) packages="$packages clang-format clang-tidy python3-yaml doxygen" ;;
+    fuzz) packages="$packages clang llvm libclang-rt-dev python3" ;;
     benchmarks) packages="$packages libbenchmark-dev valgrind" ;;
     *)
         echo "install-missing.sh: there is no group '$group'" >&2

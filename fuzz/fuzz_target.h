@@ -55,6 +55,10 @@ private:
 
 void fuzzOneInput(FuzzInput &input);
 
+// Makes the n-th request for working storage from now on fail, counted from 1; with 0 none. An input does so by its last
+// byte.
+void failStorageRequest(int number);
+
 // Whether the one request for working storage that the input makes fail has failed since the last call of this function.
 // Results are then as for an exhausted heap.
 bool takeStorageFailure();

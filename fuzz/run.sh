@@ -41,7 +41,7 @@ build=build/fuzz
 rm -rf $build/findings $build/logs
 mkdir -p $build/findings $build/logs $build/work
 
-export ASAN_OPTIONS=detect_leaks=1:allocator_may_return_null=1:detect_stack_use_after_return=1:strict_string_checks=1:quarantine_size_mb=16:malloc_context_size=8
+export ASAN_OPTIONS=detect_leaks=1:allocator_may_return_null=1:detect_stack_use_after_return=1:strict_string_checks=1:quarantine_size_mb=16:malloc_context_size=5
 export TMPDIR="$PWD/$build/work"
 
 fuzz_one()

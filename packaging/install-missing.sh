@@ -10,6 +10,7 @@ for group in "$@"; do
     tools) packages="$packages libcli11-dev icu-devtools" ;;
     tests) packages="$packages libgtest-dev libgmock-dev python3 binutils openssl strace abigail-tools doxygen" ;;
     checks) packages="$packages clang-format clang-tidy python3-yaml doxygen gcovr" ;;
+    fuzz) packages="$packages clang llvm libclang-rt-dev python3" ;;
     benchmarks) packages="$packages libbenchmark-dev valgrind libssl-dev libsnmp-dev" ;;
     *)
         echo "install-missing.sh: there is no group '$group'" >&2

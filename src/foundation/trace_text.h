@@ -24,7 +24,7 @@ public:
     void append(const char *format, ...) noexcept DOV0_PRINTF_FORMAT(2, 3);
 
     // Formatted text of a message, with control characters made visible and one line end behind it.
-    void appendMessage(const char *format, va_list arguments) noexcept;
+    void appendMessage(const char *format, va_list arguments) noexcept DOV0_PRINTF_FORMAT(2, 0);
 
     void endLine() noexcept;
 

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <dlfcn.h>
+#include <utility>
 
 namespace {
 
@@ -68,5 +69,10 @@ time_t utc(int year, unsigned month, unsigned day, int hour, int minute, int sec
 {
     using namespace std::chrono;
     const sys_days date = std::chrono::year(year) / std::chrono::month(month) / std::chrono::day(day);
-    return static_cast<time_t>(date.time_since_epoch().count()) * 86400 + hour * 3600 + minute * 60 + second;
+    const int64_t seconds =
+        int64_t{date.time_since_epoch().count()} * 86400 + hour * 3600 + minute * 60 + second;
+    if (!std::in_range<time_t>(seconds)) {
+        std::abort();
+    }
+    return static_cast<time_t>(seconds);
 }

@@ -15,7 +15,10 @@ void setLocalTime(tm *(*routine)(const time_t *when, tm *fields));
 // Sets TZ, which the library is to read by itself.
 void setTimeZone(const char *zone);
 
-// Seconds from the epoch to a date and time in UTC.
+// A time_t of 32 bits reaches from December 1901 to January 2038 only.
+constexpr bool TimeIsWide = sizeof(time_t) > 4;
+
+// Seconds from the epoch to a date and time in UTC, which a time_t must be able to hold.
 time_t utc(int year, unsigned month, unsigned day, int hour = 0, int minute = 0, int second = 0);
 
 #endif

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <limits>
 #include <random>
 #include <thread>
 
@@ -55,6 +56,18 @@ template <int Second> tm *leapSecond(const time_t *, tm *fields)
     return fields;
 }
 
+// The second of January in a year that not every time_t reaches.
+template <int Year> tm *dateInYear(const time_t *, tm *fields)
+{
+    *fields = {};
+    fields->tm_year = Year - 1900;
+    fields->tm_mday = 2;
+    fields->tm_hour = 3;
+    fields->tm_min = 4;
+    fields->tm_sec = 5;
+    return fields;
+}
+
 } // namespace
 
 TEST(ConvertTimeToCorvelTime, WritesSixteenCharactersAndATerminator)
@@ -63,15 +76,20 @@ TEST(ConvertTimeToCorvelTime, WritesSixteenCharactersAndATerminator)
     EXPECT_EQ(timestampOf(utc(2000, 1, 1)), terminated("1000101000000000"));
     EXPECT_EQ(timestampOf(utc(1999, 12, 31, 23, 59, 59)), terminated("0991231235959000"));
     EXPECT_EQ(timestampOf(utc(2026, 11, 16, 5, 58, 43)), terminated("1261116055843000"));
-    EXPECT_EQ(timestampOf(utc(1900, 1, 1)), terminated("0000101000000000"));
-    EXPECT_EQ(timestampOf(utc(2899, 12, 31, 23, 59, 59)), terminated("9991231235959000"));
+    EXPECT_EQ(timestampOf(utc(1901, 12, 14)), terminated("0011214000000000"));
+    if (TimeIsWide) {
+        EXPECT_EQ(timestampOf(utc(1900, 1, 1)), terminated("0000101000000000"));
+        EXPECT_EQ(timestampOf(utc(2899, 12, 31, 23, 59, 59)), terminated("9991231235959000"));
+    }
 }
 
 TEST(ConvertTimeToCorvelTime, AgreesWithTheCalendar)
 {
     setTimeZone("UTC0");
     std::mt19937_64 random(20261121);
-    std::uniform_int_distribution<time_t> anyTime(utc(1900, 1, 1), utc(2900, 1, 1) - 1);
+    using Limits = std::numeric_limits<time_t>;
+    std::uniform_int_distribution<time_t> anyTime(TimeIsWide ? utc(1900, 1, 1) : Limits::min(),
+                                                  TimeIsWide ? utc(2900, 1, 1) - 1 : Limits::max());
     std::string last;
     for (int i = 0; i < 20000; ++i) {
         const time_t when = anyTime(random);
@@ -152,13 +170,20 @@ TEST(ConvertTimeToCorvelTime, ShowsALeapSecondAsSecondZero)
 TEST(ConvertTimeToCorvelTime, KeepsToItsSeventeenBytesInAnyYear)
 {
     setTimeZone("UTC0");
-    EXPECT_EQ(timestampOf(utc(2900, 1, 2, 3, 4, 5)), terminated("10000102030"
-                                                                "05000"));
-    EXPECT_EQ(timestampOf(utc(1899, 12, 31, 23, 59, 58)), terminated("-0011231235"
-                                                                     "58000"));
-    EXPECT_EQ(timestampOf(utc(32767, 12, 31, 23, 59, 57)), terminated("30867123123"
-                                                                      "57000"));
-    if (sizeof(time_t) > 4) {
+    setLocalTime(dateInYear<2900>);
+    EXPECT_EQ(timestampOf(1), terminated("10000102030"
+                                         "05000"));
+    setLocalTime(dateInYear<1899>);
+    EXPECT_EQ(timestampOf(2), terminated("-0010102030"
+                                         "05000"));
+    setLocalTime(nullptr);
+    if (TimeIsWide) {
+        EXPECT_EQ(timestampOf(utc(2900, 1, 2, 3, 4, 5)), terminated("10000102030"
+                                                                    "05000"));
+        EXPECT_EQ(timestampOf(utc(1899, 12, 31, 23, 59, 58)), terminated("-0011231235"
+                                                                         "58000"));
+        EXPECT_EQ(timestampOf(utc(32767, 12, 31, 23, 59, 57)), terminated("30867123123"
+                                                                          "57000"));
         // The last second of the last year that fits into an int of years since 1900.
         EXPECT_EQ(timestampOf(static_cast<time_t>(67768036191676799)), terminated("21474836471"
                                                                                   "59000"));
@@ -228,7 +253,7 @@ TEST(ConvertTimeToCorvelTime, RefusesATimeThatHasNoLocalTime)
     EXPECT_EQ(std::string(buffer.text(), buffer.size()), std::string(DOV0_TIMESTAMP_SIZE, 0x5A));
     EXPECT_EQ(bitsThatShow(text, [&] { DOV0_ConvertTimeToCorvelTime(&when, nullptr); }), Trace::Error);
     setLocalTime(nullptr);
-    if (sizeof(time_t) > 4) {
+    if (TimeIsWide) {
         for (const time_t extreme :
              {std::numeric_limits<time_t>::min(), std::numeric_limits<time_t>::max()}) {
             EXPECT_EQ(DOV0_ConvertTimeToCorvelTime(&extreme, buffer.text()), nullptr);

@@ -12,6 +12,7 @@ for group in "$@"; do
     checks) packages="$packages clang-format clang-tidy python3-yaml doxygen gcovr" ;;
     fuzz) packages="$packages clang llvm libclang-rt-dev python3" ;;
     benchmarks) packages="$packages libbenchmark-dev valgrind libssl-dev libsnmp-dev" ;;
+    other_hosts) packages="$packages g++-s390x-linux-gnu g++-i686-linux-gnu qemu-user-static" ;;
     *)
         echo "install-missing.sh: there is no group '$group'" >&2
         exit 2

@@ -1,9 +1,10 @@
 #!/bin/sh
 # Installs the library into a folder of its own; a C program finds it by pkg-config and a C++ program by find_package,
 # and both run.
-# Usage: installed_consumers.sh SOURCE_FOLDER BUILD_FOLDER C_COMPILER CXX_COMPILER
+# Usage: installed_consumers.sh SOURCE_FOLDER BUILD_FOLDER "C_COMPILER OPTION..." CXX_COMPILER [EMULATOR OPTION...]
 set -eu
 root=$1 build=$2 cc=$3 cxx=$4
+shift 4
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
@@ -20,13 +21,14 @@ if find "$prefix" -name '*.pc' -o -name '*.cmake' | xargs grep -l -e "$build" -e
 fi
 
 export PKG_CONFIG_PATH="$(dirname "$pc")"
-"$cc" -std=c11 -D_DEFAULT_SOURCE -Wall -Wextra -Werror "$root/tests/library/consumer.c" $(pkg-config --cflags --libs dov0610) \
+$cc -std=c11 -D_DEFAULT_SOURCE -Wall -Wextra -Werror "$root/tests/library/consumer.c" $(pkg-config --cflags --libs dov0610) \
     -Wl,-rpath,"$libraries" -o "$work/consumer_c"
-"$work/consumer_c"
+"$@" "$work/consumer_c"
 
 mkdir "$work/cxx"
 cp "$root/tests/library/consumer.cpp" "$work/cxx/"
 cp "$root/tests/library/consumer_CMakeLists.txt" "$work/cxx/CMakeLists.txt"
-cmake -S "$work/cxx" -B "$work/cxx/build" -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_CXX_COMPILER="$cxx" >"$work/cxx.log" &&
+cmake -S "$work/cxx" -B "$work/cxx/build" -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_FIND_ROOT_PATH="$prefix" \
+    -DCMAKE_CXX_COMPILER="$cxx" >"$work/cxx.log" &&
     cmake --build "$work/cxx/build" >>"$work/cxx.log" || { cat "$work/cxx.log"; exit 1; }
-"$work/cxx/build/consumer"
+"$@" "$work/cxx/build/consumer"

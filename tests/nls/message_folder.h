@@ -27,7 +27,7 @@ public:
         const std::filesystem::path source = folder / (locale + ".txt");
         std::ofstream(source) << locale << " {\n" << contents << "\n}\n";
         const std::string command =
-            "genrb --quiet --encoding UTF-8 --destdir " + bundle() + " " + source.string() + " > /dev/null";
+            GENRB " --quiet --encoding UTF-8 --destdir " + bundle() + " " + source.string() + " > /dev/null";
         ASSERT_EQ(std::system(command.c_str()), 0) << command; // NOLINT: a test's own command
     }
 

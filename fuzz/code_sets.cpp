@@ -3,6 +3,7 @@
 // Functions: DOV0_ConvertDataToUnicode DOV0_ConvertUnicodeToUTF8 DOV0_GetUTF8CharacterCount DOV0_ConvertUTF8ToNative
 // Functions: LNG2_TranslateString LNG2_GetCodepageId
 #include "fuzz_target.h"
+#include "icu_model.h"
 #include "utf_model.h"
 
 #include <algorithm>
@@ -31,40 +32,6 @@ constexpr int32_t NoCodepage = 0;
 constexpr int32_t NoLocale = -1;
 int32_t localeCodepage = NoCodepage;
 
-class Converter {
-public:
-    explicit Converter(const char *name) : converter(ucnv_open(name, &status)) {}
-    ~Converter() { ucnv_close(converter); }
-    Converter(const Converter &) = delete;
-    Converter &operator=(const Converter &) = delete;
-
-    bool isOpen() const { return U_SUCCESS(status) != 0; }
-
-    std::u16string toUnicode(const std::string &data) const
-    {
-        std::u16string units(4 * data.size() + 16, u'\0');
-        UErrorCode error = U_ZERO_ERROR;
-        const int32_t count = ucnv_toUChars(converter, units.data(), static_cast<int32_t>(units.size()),
-                                            data.data(), static_cast<int32_t>(data.size()), &error);
-        MUST(U_SUCCESS(error));
-        return units.substr(0, static_cast<size_t>(count));
-    }
-
-    std::string fromUnicode(const std::u16string &units) const
-    {
-        std::string data(8 * units.size() + 64, '\0');
-        UErrorCode error = U_ZERO_ERROR;
-        const int32_t count = ucnv_fromUChars(converter, data.data(), static_cast<int32_t>(data.size()),
-                                              units.data(), static_cast<int32_t>(units.size()), &error);
-        MUST(U_SUCCESS(error));
-        return data.substr(0, static_cast<size_t>(count));
-    }
-
-private:
-    UErrorCode status = U_ZERO_ERROR;
-    UConverter *converter;
-};
-
 void convertToUnicode(const std::string &codeset, const std::string &data)
 {
     const ExactBuffer input = ExactBuffer::ofBytes(data);
@@ -72,7 +39,7 @@ void convertToUnicode(const std::string &codeset, const std::string &data)
     int32_t count = -1;
     const int32_t result = DOV0_ConvertDataToUnicode(
         codeset.c_str(), input.text(), static_cast<int32_t>(data.size()), units.address(), &count);
-    const Converter converter(codeset.c_str());
+    const IcuConverter converter(codeset.c_str());
     if (takeStorageFailure() || data.empty() || !converter.isOpen()) {
         MUST_EQUAL(result, 0);
         MUST(units.get() == nullptr);
@@ -137,7 +104,7 @@ void convertToNative(const CodeSet &native, int32_t codepage, const std::string 
     const int32_t result =
         DOV0_ConvertUTF8ToNative(input.text(), static_cast<int32_t>(text.size()), output.text(), size);
     const char *const name = codepage == NoCodepage ? ucnv_getDefaultName() : native.name;
-    const std::string expected = Converter(name).fromUnicode(utf16ByModel(text));
+    const std::string expected = IcuConverter(name).fromUnicode(utf16ByModel(text));
     if (text.empty() || size < 1 || expected.size() > static_cast<size_t>(size) || codepage == NoLocale ||
         codepage == UnknownCodepage) {
         MUST_EQUAL(result, 0);
@@ -162,7 +129,7 @@ void translate(const CodeSet &target, const CodeSet &source, const std::string &
         MUST_EQUAL(status, static_cast<int32_t>(U_FILE_ACCESS_ERROR));
     } else {
         const std::string expected =
-            Converter(target.name).fromUnicode(Converter(source.name).toUnicode(text));
+            IcuConverter(target.name).fromUnicode(IcuConverter(source.name).toUnicode(text));
         const std::string stored = expected.substr(0, output.size());
         MUST_EQUAL(output.contents().substr(0, stored.size()), stored);
         MUST_EQUAL(static_cast<size_t>(result), stored.size());

@@ -2,6 +2,8 @@
 // fail, and may not be able to seek. The model is a position in a string.
 // Functions: DOV0_Fgets DOV0_fgets DOV0_LNG2_GetFileEncodingType DOV0_LNG2_GetFileEncoding
 #include "fuzz_target.h"
+#include "icu_model.h"
+#include "utf_model.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -171,17 +173,6 @@ std::string plainLineByModel(Reader &reader, int32_t bufferSize)
     return line;
 }
 
-std::string convertedByModel(const Encoding &encoding, const std::string &line)
-{
-    UErrorCode error = U_ZERO_ERROR;
-    std::string utf8(8 * line.size() + 64, '\0');
-    const int32_t size =
-        ucnv_convert("UTF-8", encoding.converter, utf8.data(), static_cast<int32_t>(utf8.size()), line.data(),
-                     static_cast<int32_t>(line.size()), &error);
-    MUST(U_SUCCESS(error));
-    return utf8.substr(0, static_cast<size_t>(size));
-}
-
 void readLines(File &file, const Encoding &encoding, int32_t bufferSize, bool convertToUTF8, int32_t lines)
 {
     Reader reader = {std::string_view(file.bytes).substr(0, file.failsAt), file.canSeek};
@@ -217,7 +208,7 @@ void readLines(File &file, const Encoding &encoding, int32_t bufferSize, bool co
         } else if (encoding.converter == nullptr) {
             MUST(result == nullptr);
         } else {
-            const std::string converted = convertedByModel(encoding, line);
+            const std::string converted = utf8ByModel(IcuConverter(encoding.converter).toUnicode(line));
             const size_t capacity = std::min<size_t>(buffer.size(), DOV0_LINE_CONVERSION_SIZE);
             const std::string stored = converted.substr(0, capacity);
             MUST(result == buffer.text());

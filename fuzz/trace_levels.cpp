@@ -240,13 +240,13 @@ void writeMessages(const std::string &text, int descriptor)
     const auto value = static_cast<intptr_t>(text.size());
     TRC1_Event(&function.block, 77, TRC1_EVENT_ENTRY);
     TRC1_Event(&function.block, 77, TRC1_EVENT_EXIT_VALUE, value);
-    TRC1_Event(&function.block, 77, TRC1_EVENT_EXIT_VALUE, intptr_t{1} << 40);
+    TRC1_Event(&function.block, 77, TRC1_EVENT_EXIT_VALUE, static_cast<intptr_t>(INT64_MAX));
     TRC1_Event(&function.block, 77, TRC1_EVENT_EXIT);
     lines = takeOutput(descriptor);
     MUST_EQUAL(lines.size(), size_t{4});
     MUST_EQUAL(behind(place, lines[0]), "entry");
     MUST_EQUAL(behind(place, lines[1]), "exit " + std::to_string(value));
-    MUST_EQUAL(behind(place, lines[2]), "exit 0x10000000000");
+    MUST_EQUAL(behind(place, lines[2]), sizeof(intptr_t) > 4 ? "exit 0x7fffffffffffffff" : "exit -1");
     MUST_EQUAL(behind(place, lines[3]), "exit");
 }
 

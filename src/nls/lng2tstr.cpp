@@ -13,11 +13,26 @@ int32_t translate(UConverter *target, char *output, int32_t outputCapacity, UCon
     char16_t pivot[PivotUnits];
     char16_t *pivotSource = pivot;
     char16_t *pivotTarget = pivot;
-    char *to = output;
     const char *from = input;
-    ucnv_convertEx(target, source, &to, output + outputCapacity, &from, input + inputLength, pivot,
-                   &pivotSource, &pivotTarget, pivot + PivotUnits, true, true, &error);
+    const auto convertUpTo = [&](char *&to, const char *end, UBool reset) {
+        error = U_ZERO_ERROR;
+        ucnv_convertEx(target, source, &to, end, &from, input + inputLength, pivot, &pivotSource,
+                       &pivotTarget, pivot + PivotUnits, reset, true, &error);
+    };
+    char *to = output;
+    convertUpTo(to, output + outputCapacity, true);
     inputConsumed = static_cast<int32_t>(from - input);
+    if (error == U_BUFFER_OVERFLOW_ERROR) {
+        // What is left may come to nothing: ICU drops invisible characters that the target lacks.
+        char oneMore = '\0';
+        char *beyond = &oneMore;
+        convertUpTo(beyond, &oneMore + 1, false);
+        if (U_SUCCESS(error) && beyond == &oneMore) {
+            inputConsumed = inputLength;
+        } else {
+            error = U_BUFFER_OVERFLOW_ERROR;
+        }
+    }
     if (to < output + outputCapacity) {
         *to = '\0';
     }

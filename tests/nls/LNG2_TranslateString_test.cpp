@@ -270,3 +270,31 @@ TEST(LNG2_TranslateString, SurvivesRandomInput)
         EXPECT_LE(result.text.size(), static_cast<size_t>(capacity));
     }
 }
+
+// A byte order mark and a zero-width blank have no place in Latin-1, and nobody misses them there.
+TEST(LNG2_TranslateString, FitsExactlyWhenWhatIsLeftComesToNothing)
+{
+    const std::string input = "abc\xEF\xBB\xBF\xE2\x80\x8B";
+    for (const int32_t capacity : {3, 4, 64}) {
+        const Translation result = translated(819, 1208, input, capacity);
+        EXPECT_EQ(result.text, "abc");
+        EXPECT_EQ(result.status, 0);
+        EXPECT_EQ(result.consumed, static_cast<int32_t>(input.size()));
+    }
+    EXPECT_EQ(translated(819, 1208, input, 2).status, LNG2_STATUS_BUFFER_OVERFLOW);
+    const Translation cut = translated(819, 1208, input + "d", 3);
+    EXPECT_EQ(cut.text, "abc");
+    EXPECT_EQ(cut.status, LNG2_STATUS_BUFFER_OVERFLOW);
+}
+
+// The shift back to single bytes is part of the result, although no character stands for it.
+TEST(LNG2_TranslateString, OverflowsWhenTheShiftBackDoesNotFit)
+{
+    const std::string input = "\xE3\x83\x86";
+    const Translation whole = translated(930, 1208, input);
+    ASSERT_EQ(whole.text.size(), 4U); // shift out, two bytes, shift in
+    EXPECT_EQ(translated(930, 1208, input, 4).status, 0);
+    const Translation cut = translated(930, 1208, input, 3);
+    EXPECT_EQ(cut.text, whole.text.substr(0, 3));
+    EXPECT_EQ(cut.status, LNG2_STATUS_BUFFER_OVERFLOW);
+}

@@ -8,7 +8,7 @@ for group in "$@"; do
     case $group in
     build) packages="$packages g++ cmake make ninja-build libicu-dev git pkg-config" ;;
     tools) packages="$packages libcli11-dev icu-devtools" ;;
-    tests) packages="$packages libgtest-dev libgmock-dev python3 binutils openssl strace" ;;
+    tests) packages="$packages libgtest-dev libgmock-dev python3 binutils openssl strace abigail-tools doxygen" ;;
     checks) packages="$packages clang-format clang-tidy python3-yaml doxygen" ;;
     benchmarks) packages="$packages libbenchmark-dev valgrind" ;;
     *)

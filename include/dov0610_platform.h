@@ -228,14 +228,14 @@ DOV0_EXPORT void PLT1_InitializeOnce(int32_t *control, void (*function)(void *),
                                      const char *sourceFile, int32_t line);
 
 /**
- * Identifies the calling thread.
+ * Identifies the calling thread. Any thread.
  *
  * @return a number that is stable for the thread's life, distinct between live threads, and never 0
  */
 DOV0_EXPORT int32_t PLT1_ThreadID(void);
 
 /**
- * Reads the wall clock.
+ * Reads the wall clock. Any thread.
  *
  * @param timeOut where seconds since the epoch and nanoseconds are stored; not null
  */
@@ -412,7 +412,7 @@ DOV0_EXPORT void LNG2_ResourceClose(LNG2_ResourceBundle *bundle);
 
 /**
  * Shows an operator message. The operation supplied here does nothing: the agent framework replaces it where
- * there is one.
+ * there is one. Any thread.
  *
  * @param sText    the message's -s text; may be null
  * @param cText    the message's -c text; may be null

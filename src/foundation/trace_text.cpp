@@ -143,11 +143,11 @@ void TraceText::appendMessage(const char *format, va_list arguments) noexcept
 // One message stays one line whatever its values hold, so that no value can pass for a line of its own.
 void TraceText::appendVisible(const char *characters, size_t count) noexcept
 {
-    if (!reserve(4 * count + 1)) {
-        const size_t room = capacity - used;
-        count = room > 0 ? (room - 1) / 4 : 0;
-    }
+    constexpr size_t LongestVisible = 4;
     for (size_t i = 0; i < count; ++i) {
+        if (!reserve(LongestVisible + 1)) { // one for the line end
+            return;
+        }
         const auto byte = static_cast<unsigned char>(characters[i]);
         if (byte >= 0x20 && byte != 0x7F) {
             text[used++] = characters[i];

@@ -103,6 +103,20 @@ TEST_F(TraceOutput, StampsTheCalendarDateInUniversalTime)
     }
 }
 
+TEST_F(TraceOutput, ShowsEachControlCharacter)
+{
+    std::string bytes;
+    std::string visible;
+    for (int byte = 1; byte < 0x20; ++byte) {
+        bytes += static_cast<char>(byte);
+        char escaped[8];
+        std::snprintf(escaped, sizeof escaped, "\\x%02X", byte);
+        visible += byte == '\t' ? "\t" : byte == '\n' ? "\\n" : byte == '\r' ? "\\r" : escaped;
+    }
+    printed((bytes + "end").c_str());
+    EXPECT_THAT(texts(), ElementsAre(visible + "end"));
+}
+
 TEST_F(TraceOutput, EndsEachMessageWithOneLineEnd)
 {
     printed("with\n");

@@ -63,9 +63,7 @@ TEST_F(TraceStorage, CutsALongMessageThatItHasNoStorageFor)
     TRC1_Printf(&host.block, 7, "next\n");
     const std::vector<std::string> lines = texts();
     ASSERT_EQ(lines.size(), 2U);
-    EXPECT_THAT(lines[0], StartsWith("<xxxx"));
-    EXPECT_GE(lines[0].size(), 100U);
-    EXPECT_EQ(lines[0], "<" + std::string(lines[0].size() - 1, 'x'));
+    EXPECT_EQ(lines[0], "<" + std::string(510, 'x')); // as much as is formatted on the stack
     EXPECT_EQ(lines[1], "next");
 }
 

@@ -161,7 +161,20 @@ const TraceLog AgentSettings = {
 const std::string LocaleSetting =
     own(std::string("Setting DOV2_AGENT_LOCALE to <") + uloc_getDefault() + ">\n");
 
+bool acceptsVersion(const std::string &version)
+{
+    const ProductSpecFile file({"PRODUCT_CODE=OV", "DP_TO_START=SNMP", "AGENT_VERSION=" + version});
+    return DOV0_InitializeProductSpec(nullptr, 0) == 1 && queried(DOV0_PSF_AGENT_VERSION) == version;
+}
+
 } // namespace
+
+TEST(InitializeProductSpec, TakesEachDigitInAVersion)
+{
+    for (const char *version : {"012345", "678900", "999999"}) { // the table is made once in a process
+        EXPECT_EXIT(std::_Exit(acceptsVersion(version) ? 0 : 1), testing::ExitedWithCode(0), "") << version;
+    }
+}
 
 TEST(InitializeProductSpec, TracesTheAgentsOwnFileFromEntryToExit)
 {

@@ -1,8 +1,8 @@
 #!/bin/sh
-# Installs what is missing, builds, starts an agent on a sample product specification, and speaks three languages.
+# Installs what is missing, builds, starts an agent on a sample product specification, speaks three languages, polls a node.
 set -eu
 cd "$(dirname "$0")"
-packaging/install-missing.sh build tools
+packaging/install-missing.sh build tools snmp
 
 build=build/demo
 mkdir -p "$build"
@@ -31,3 +31,8 @@ echo "== A message of its catalogue in three languages"
 for locale in en_US de_DE ja_JP; do
     LC_ALL=$locale.UTF-8 DOVP_RB_PATH=$build/messages "$build/examples/operator_message" S 403 192.0.2.1 genErr 2
 done
+
+echo
+echo "== A data provider polls a node: Debian's snmpd, started for it on this machine"
+DOVP_RB_PATH=$build/messages examples/snmp/round_trip.sh "$build/examples/snmp_poll" --product-spec "$work/agent" \
+    --instance inst1

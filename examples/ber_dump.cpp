@@ -5,6 +5,7 @@
 //     ber_dump packet.bin          a file with the message itself
 //
 // It ends with 0 when the message was printed, with 1 when it is not well formed and with 2 when there is none.
+#include "ber_flaw.h"
 #include "dov0610.h"
 
 #include <cctype>
@@ -19,39 +20,7 @@ using Bytes = std::vector<unsigned char>;
 
 constexpr int DeepestLevel = 64;
 
-// Bits of a tag.
-constexpr uint32_t Constructed = 0x20;
-constexpr uint32_t NumberFollows = 0x1F;
-
-// The readers of the library do not know where the buffer ends, so this is asked before each of them is called:
-// what is wrong with the field that begins here, or null when all of it lies before the end.
-const char *flawOf(const unsigned char *field, const unsigned char *end)
-{
-    const auto left = static_cast<size_t>(end - field);
-    if ((field[0] & NumberFollows) == NumberFollows) {
-        return "has a tag of several bytes";
-    }
-    if (left < 2) {
-        return "ends before its length";
-    }
-    size_t headerSize = 2;
-    size_t length = field[1];
-    if (field[1] >= 0x80) {
-        const size_t count = field[1] & 0x7FU;
-        headerSize += count;
-        length = 0;
-        if (count == 0 || count > sizeof(uint32_t)) {
-            return "has a length of a form that is not supported";
-        }
-        if (left < headerSize) {
-            return "ends inside its length";
-        }
-        for (size_t i = 2; i < headerSize; ++i) {
-            length = length << 8 | field[i];
-        }
-    }
-    return length > left - headerSize ? "is longer than what is left" : nullptr;
-}
+constexpr uint32_t Constructed = 0x20; // a bit of a tag
 
 std::string hexadecimal(const unsigned char *bytes, size_t count)
 {

@@ -842,7 +842,7 @@ DOV0_EXPORT void DOV0_CloseFile(FILE **stream) DOV0_NOEXCEPT;
  *
  * Writers and readers work on a cursor: the address of the caller's buffer pointer, which they move past what they
  * write or read. None of them knows where the buffer ends. A writer's buffer must have room for the field, and a
- * reader's caller compares lengths with what was received before a value is used; examples/ber_dump.cpp shows how.
+ * reader's caller compares lengths with what was received before a value is used; examples/ber_flaw.h shows how.
  *
  *     unsigned char *end = buffer;                       // zero-filled, as working storage is
  *     DOV0_FormatBERintegerType(&end, DOV0_ASN_INTEGER, 42);

@@ -5,6 +5,14 @@
 #include "node.h"
 #include "sample_record.h"
 
+#include <algorithm>
+
+// The order of names. In C++20 the vectors' own operator compares too few bytes on big-endian hosts (GCC 12).
+inline bool isBefore(const std::vector<uint32_t> &first, const std::vector<uint32_t> &second)
+{
+    return std::lexicographical_compare(first.begin(), first.end(), second.begin(), second.end());
+}
+
 // A column while it is walked.
 struct Column {
     explicit Column(const Attribute &which)
@@ -19,7 +27,7 @@ struct Column {
             return false;
         }
         const std::vector<uint32_t> elements = snmp::elementsOf(variable.name);
-        if (elements <= snmp::elementsOf(reached)) { // a walk must not go round in circles
+        if (!isBefore(snmp::elementsOf(reached), elements)) { // a walk must not go round in circles
             throw snmp::Refusal("the names in the column " + std::string(attribute->name) +
                                 " do not increase");
         }

@@ -3,6 +3,7 @@
 #ifndef DOV0610_TESTS_SNMP_RESPONDER_H
 #define DOV0610_TESTS_SNMP_RESPONDER_H
 
+#include <algorithm>
 #include <arpa/inet.h>
 #include <atomic>
 #include <cstdint>
@@ -19,6 +20,14 @@
 
 using Bytes = std::vector<unsigned char>;
 using Elements = std::vector<uint32_t>; // of an object identifier
+
+// In C++20 the vectors' own operator compares too few bytes on big-endian hosts (GCC 12).
+struct InOrder {
+    bool operator()(const Elements &first, const Elements &second) const
+    {
+        return std::lexicographical_compare(first.begin(), first.end(), second.begin(), second.end());
+    }
+};
 
 inline Bytes &operator+=(Bytes &left, const Bytes &right)
 {
@@ -199,7 +208,7 @@ class Mib {
 public:
     explicit Mib(std::string itsCommunity) : community(std::move(itsCommunity)) {}
 
-    std::map<Elements, Bytes> variables;
+    std::map<Elements, Bytes, InOrder> variables;
 
     Response answer(const Request &request) const
     {

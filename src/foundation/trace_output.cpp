@@ -55,10 +55,12 @@ bool TraceOutput::open(const char *fileName) noexcept
         close();
         return true;
     }
-    char *copy = strdup(fileName);
+    const size_t size = std::strlen(fileName) + 1;
+    auto *copy = static_cast<char *>(std::malloc(size));
     if (copy == nullptr) {
         return false;
     }
+    std::memcpy(copy, fileName, size);
     const int opened = openToAppend(fileName);
     if (opened < 0) {
         std::free(copy);

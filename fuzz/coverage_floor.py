@@ -31,9 +31,9 @@ def lines_by_file(project, build, target):
     corpus = project / "fuzz" / "corpus" / target
     with tempfile.TemporaryDirectory() as folder:
         environment = dict(os.environ, LLVM_PROFILE_FILE=f"{folder}/%m.profraw", TMPDIR=folder)
-        run = subprocess.run([program, "-runs=0", corpus], env=environment, capture_output=True, text=True)
+        run = subprocess.run([program, "-runs=0", f"-artifact_prefix={folder}/", corpus], env=environment, capture_output=True, text=True)
         if run.returncode != 0:
-            sys.exit(f"coverage_floor.py: {target} does not get through its corpus\n{run.stderr}")
+            sys.exit(f"coverage_floor.py: {target} does not get through its corpus\n{run.stdout}{run.stderr}")
         raw = list(pathlib.Path(folder).glob("*.profraw"))
         data = f"{folder}/profile"
         subprocess.run(["llvm-profdata", "merge", "-sparse", "-o", data, *raw], check=True)

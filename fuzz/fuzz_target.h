@@ -114,6 +114,10 @@ private:
                                const char *file, int line);
 
 std::string printed(const std::string &text);
+inline std::string printed(const char *text)
+{
+    return printed(std::string(text));
+}
 std::string printed(const TraceLog &log);
 std::string printed(const void *pointer);
 template <typename Number, typename = std::enable_if_t<std::is_integral_v<Number>>>

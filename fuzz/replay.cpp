@@ -31,10 +31,9 @@ int main(int argumentCount, char **arguments)
             std::fprintf(stderr, "%s: cannot be read\n", file.c_str());
             return 1;
         }
-        std::printf("%s\n", file.filename().c_str()); // the last one shown is the one that ended the process
-        std::fflush(stdout);
+        std::fprintf(stderr, "%s\n", file.filename().c_str()); // the last one shown ended the process
         LLVMFuzzerTestOneInput(reinterpret_cast<const uint8_t *>(bytes.data()), bytes.size());
     }
-    std::printf("%zu inputs\n", files.size());
+    std::fprintf(stderr, "%zu inputs\n", files.size());
     return 0;
 }

@@ -16,7 +16,7 @@ Text chosen(FuzzInput &input)
         return std::nullopt;
     }
     const int32_t repeated = input.number(1, 12);
-    const std::string part = input.part().c_str();
+    const std::string part = input.take(static_cast<size_t>(input.number(0, 80))).c_str();
     std::string text;
     for (int32_t i = 0; i < repeated; ++i) {
         text += part;

@@ -50,7 +50,7 @@ fuzz_one()
     [ ! -f "fuzz/dictionaries/$1" ] || dictionary=-dict=fuzz/dictionaries/$1
     mkdir -p "$build/corpus/$1"
     # shellcheck disable=SC2086 # one word or none
-    "$build/fuzz/fuzz_$1" -max_total_time="$2" -max_len=1024 -timeout=20 -rss_limit_mb=1024 -print_final_stats=1 \
+    "$build/fuzz/fuzz_$1" -max_total_time="$2" -max_len=800 -timeout=20 -rss_limit_mb=1024 -print_final_stats=1 \
         $dictionary -artifact_prefix="$build/findings/$1-" "$build/corpus/$1" "fuzz/corpus/$1" \
         >"$build/logs/$1" 2>&1 && : >"$build/logs/$1.passed" || true
 }

@@ -9,9 +9,11 @@ extern "C" {
 void *__interceptor_malloc(size_t) __attribute__((weak));
 void *__interceptor_calloc(size_t, size_t) __attribute__((weak));
 void *__interceptor_realloc(void *, size_t) __attribute__((weak));
+void __interceptor_free(void *) __attribute__((weak));
 void *__libc_malloc(size_t) __attribute__((weak));
 void *__libc_calloc(size_t, size_t) __attribute__((weak));
 void *__libc_realloc(void *, size_t) __attribute__((weak));
+void __libc_free(void *) __attribute__((weak));
 }
 
 namespace {
@@ -21,6 +23,7 @@ thread_local bool counting = false;
 thread_local int requests = 0;
 thread_local int firstFailure = 0;
 thread_local int lastFailure = 0;
+thread_local int blocksObtained = 0; // less those given back
 
 bool failsNow() noexcept
 {
@@ -53,6 +56,7 @@ extern "C" void *malloc(size_t size) noexcept
     if (failsNow()) {
         return nullptr;
     }
+    ++blocksObtained;
     return __interceptor_malloc != nullptr ? __interceptor_malloc(size) : __libc_malloc(size);
 }
 
@@ -61,6 +65,7 @@ extern "C" void *calloc(size_t count, size_t size) noexcept
     if (failsNow()) {
         return nullptr;
     }
+    ++blocksObtained;
     return __interceptor_calloc != nullptr ? __interceptor_calloc(count, size) : __libc_calloc(count, size);
 }
 
@@ -69,8 +74,15 @@ extern "C" void *realloc(void *block, size_t size) noexcept
     if (failsNow()) {
         return nullptr;
     }
+    blocksObtained += block == nullptr ? 1 : 0;
     return __interceptor_realloc != nullptr ? __interceptor_realloc(block, size)
                                             : __libc_realloc(block, size);
+}
+
+extern "C" void free(void *block) noexcept
+{
+    blocksObtained -= block != nullptr ? 1 : 0;
+    __interceptor_free != nullptr ? __interceptor_free(block) : __libc_free(block);
 }
 
 bool withHeapFailure(int n, const std::function<void()> &call)
@@ -91,6 +103,13 @@ void withoutHeap(const std::function<void()> &call)
 int heapRequestsOf(const std::function<void()> &call)
 {
     return runCounted(0, 0, call);
+}
+
+int heapBlocksKeptBy(const std::function<void()> &call)
+{
+    const int before = blocksObtained;
+    call();
+    return blocksObtained - before;
 }
 
 HeapFaultPause::HeapFaultPause() noexcept : wasCounting(counting)

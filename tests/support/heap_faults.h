@@ -17,6 +17,9 @@ void withoutHeap(const std::function<void()> &call);
 // The number of heap requests that a call makes on the calling thread.
 int heapRequestsOf(const std::function<void()> &call);
 
+// The blocks that the calling thread obtained during a call, less those that it gave back.
+int heapBlocksKeptBy(const std::function<void()> &call);
+
 // Takes the stand-ins of the tests themselves out of the count for the length of a block.
 class HeapFaultPause {
 public:

@@ -49,11 +49,11 @@ void giveBack(const Frame &frame, FILE *stream, int32_t distance) noexcept
     if (distance == 0) {
         return;
     }
-    const long from = std::ftell(stream);
-    const long to = from - distance;
+    const off_t from = ftello(stream);
+    const off_t to = from - distance;
     TRACE(frame, Trace::Detail, "Moving file descriptor from %d to %d\n", static_cast<int32_t>(from),
           static_cast<int32_t>(to));
-    std::fseek(stream, to, SEEK_SET);
+    fseeko(stream, to, SEEK_SET);
 }
 
 // Reads up to and with the next newline unit, as long as whole chunks fit. Returns the bytes of the line.

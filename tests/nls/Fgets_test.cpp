@@ -4,6 +4,7 @@
 #include "support/trace_recorder.h"
 
 #include <algorithm>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <random>
 
@@ -234,6 +235,21 @@ TEST(Fgets, RepositionsByTheLastReadAlone)
     EXPECT_EQ(log, (TraceLog{starting(200, "UTF-16LE", 0), says("Newline found, readCount is now %d\n", 82),
                              says("Moving file descriptor from %d to %d\n", 128, 146)}));
     EXPECT_EQ(std::ftell(stream), 146);
+}
+
+TEST(Fgets, ReadsLinesBeyondTwoGigabytes)
+{
+    const TextStream stream("");
+    constexpr off_t Place = off_t{3} << 30;
+    const std::string bytes = encoded("one\ntwo\n", "UTF-16BE");
+    const int file = open(stream.path(), O_WRONLY | O_CLOEXEC);
+    ASSERT_EQ(pwrite(file, bytes.data(), bytes.size(), Place), static_cast<ssize_t>(bytes.size()));
+    close(file);
+    ASSERT_EQ(fseeko(stream, Place, SEEK_SET), 0);
+    EXPECT_EQ(readLine(stream, 100, "UTF-16BE", 0x12).text, encoded("one\n", "UTF-16BE"));
+    EXPECT_EQ(ftello(stream), Place + 8);
+    EXPECT_EQ(readLine(stream, 100, "UTF-16BE", 0x12).text, encoded("two\n", "UTF-16BE"));
+    EXPECT_FALSE(readLine(stream, 100, "UTF-16BE", 0x12).given);
 }
 
 TEST(Fgets, DoesNotMoveTheStreamBehindALineThatEndsWithItsChunk)

@@ -37,6 +37,7 @@ public:
     TextStream &operator=(const TextStream &) = delete;
 
     operator std::FILE *() const { return opened; }
+    const char *path() const { return file.path(); }
 
 private:
     TextFile file;

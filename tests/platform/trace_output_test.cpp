@@ -395,6 +395,38 @@ TEST(TraceEnvironment, BoundsTheFile)
     EXPECT_EQ(newerLines.front().line, olderLines.back().line + 1) << "no message is lost at the change";
 }
 
+TEST(TraceEnvironment, AppendsToAFileBeyondTwoGigabytes)
+{
+    constexpr off_t Size = off_t{3} << 30;
+    const TraceFile file;
+    file.nameInEnvironment();
+    ASSERT_EQ(close(open(file.name().c_str(), O_CREAT | O_WRONLY, 0600)), 0);
+    ASSERT_EQ(truncate(file.name().c_str(), Size), 0);
+    HostFunction host("hostfile", "HOST_Function");
+    TRC1_Printf(&host.block, 1, "behind\n");
+    std::ifstream stream(file.name(), std::ios::binary);
+    stream.seekg(Size);
+    std::string line;
+    std::getline(stream, line);
+    EXPECT_EQ(TraceFile::linesOf(line).at(0).text, "behind");
+}
+
+TEST(TraceEnvironment, BoundsAFileThatIsBeyondTwoGigabytes)
+{
+    constexpr off_t Size = off_t{3} << 30;
+    const TraceFile file;
+    file.nameInEnvironment();
+    setenv("DOV_TRACE_LIMIT", "1", 1);
+    ASSERT_EQ(close(open(file.name().c_str(), O_CREAT | O_WRONLY, 0600)), 0);
+    ASSERT_EQ(truncate(file.name().c_str(), Size), 0);
+    HostFunction host("hostfile", "HOST_Function");
+    TRC1_Printf(&host.block, 1, "anew\n");
+    EXPECT_EQ(file.lines().at(0).text, "anew");
+    struct stat renamed = {};
+    EXPECT_EQ(stat((file.name() + ".1").c_str(), &renamed), 0);
+    EXPECT_EQ(renamed.st_size, Size);
+}
+
 TEST(TraceEnvironment, KeepsAMessageThatIsLongerThanTheBound)
 {
     const TraceFile file;

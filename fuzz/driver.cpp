@@ -15,6 +15,8 @@ bool aRequestFailed = false;
 
 } // namespace
 
+void checkEventPlace(const TRC1_EntryBlock & /*block*/, int32_t /*line*/, int32_t /*kind*/) {}
+
 void failStorageRequest(int number)
 {
     requestsToFailure = number;

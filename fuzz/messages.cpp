@@ -28,7 +28,7 @@ std::u16string pattern;
 const char *agentLocale = nullptr;
 const std::string overlongLocale(300, 'x');
 
-// What a pattern comes to. Of patterns that choose between texts only the bounds are looked at.
+// What a pattern comes to. Of patterns that choose between texts, or have names, only the bounds are looked at.
 enum class Outcome { Text, Refused, NotModelled };
 
 Outcome formattedByModel(const Parameters &parameters, std::u16string &text)
@@ -50,12 +50,14 @@ Outcome formattedByModel(const Parameters &parameters, std::u16string &text)
             const std::u16string name = pattern.substr(i + 1, end - i - 1);
             const size_t first = name.find_first_not_of(blanks);
             const size_t last = name.find_last_not_of(blanks);
-            const bool isParameter = first != std::u16string::npos && first == last && name[first] >= u'0' &&
-                                     name[first] < u'0' + ParameterCount;
-            if (!isParameter) {
+            if (first == std::u16string::npos) {
                 return Outcome::Refused;
             }
-            if (pattern[end] == u',') {
+            const bool isNumber = name[first] >= u'0' && name[first] <= u'9';
+            if (isNumber && (first != last || name[first] >= u'0' + ParameterCount)) {
+                return Outcome::Refused;
+            }
+            if (!isNumber || pattern[end] == u',') {
                 return Outcome::NotModelled;
             }
             text += parameters[static_cast<size_t>(name[first] - u'0')];

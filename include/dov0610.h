@@ -395,7 +395,8 @@ DOV0_EXPORT const char *DOV0_QueryProductSpec(int32_t index) DOV0_NOEXCEPT;
  * @param index    one of #DOV0_ProductSpecIndex; #DOV0_PSF_RESERVED is accepted without an error, and nothing changes
  * @param newValue the new value; null changes nothing. It may be the value that is replaced
  * @return 1 when the value was changed, else 0 (with an error message when the index is none, no product
- *         specification is in effect or there is no storage; the value is then what it was)
+ *         specification is in effect or there is no storage: a text that was replaced is gone then, and the keyword
+ *         reads as null)
  *
  * One thread, at start-up. With the detail bit on, standard output is flushed.
  */
@@ -415,6 +416,9 @@ DOV0_EXPORT void DOV0_SetDPstartMode(int32_t mode) DOV0_NOEXCEPT;
 
 /**
  * @defgroup timestamps Timestamps
+ *
+ * Local time is that of localtime(), called under a lock of the library's own. A host that wants it in another thread at the
+ * same time uses localtime_r() there.
  * @{
  */
 

@@ -34,11 +34,15 @@ bool isKey(const std::string &key)
     return std::regex_match(key, form);
 }
 
-// The library's own judgement, so that the check and the library cannot differ.
+// The library's own judgement, so that the check is never milder than the library.
 UErrorCode judge(const std::string &locale, const char16_t *pattern, int32_t length)
 {
     UErrorCode status = U_ZERO_ERROR;
     const MessagePattern judged(locale.c_str(), pattern, length, status);
+    const icu::MessagePattern parsed(icu::UnicodeString(pattern, length), nullptr, status);
+    if (U_SUCCESS(status) && parsed.hasNamedArguments()) {
+        return U_ARGUMENT_TYPE_MISMATCH; // the library takes them, but no message means to show one
+    }
     return status;
 }
 

@@ -18,7 +18,8 @@ extern "C" char *DOV0_ConvertOIDtoString(const uint32_t *array, int32_t count) n
     if (text == nullptr) {
         return frame.leave<char *>(nullptr);
     }
-    TRACE(frame, Trace::Storage, "Allocated OIDstring @%p for length %d\n", static_cast<void *>(text), Size);
+    static_assert(Size == 1024);
+    TRACE(frame, Trace::Storage, "Allocated OIDstring @%p for length 1024\n", static_cast<void *>(text));
     int32_t used = 0;
     for (int32_t i = 0; i < count && used < Size - 1; ++i) {
         used += std::snprintf(text + used, static_cast<size_t>(Size - used), i == 0 ? "%d" : ".%d",

@@ -28,8 +28,9 @@ extern "C" char *DOV0_DetermineNodeServiceType(int32_t services) noexcept
     if (text == nullptr) {
         return frame.leave<char *>(nullptr);
     }
-    TRACE(frame, Trace::Storage, "Allocated service type buffer @%p for length %d\n",
-          static_cast<void *>(text), DOV0_SERVICE_TEXT_SIZE);
+    static_assert(DOV0_SERVICE_TEXT_SIZE == 64);
+    TRACE(frame, Trace::Storage, "Allocated service type buffer @%p for length 64\n",
+          static_cast<void *>(text));
     size_t length = 0;
     const auto append = [&](const char *word) {
         std::memcpy(text + length, word, std::strlen(word));

@@ -3,6 +3,7 @@
 #include "foundation/working_storage_accounting.h"
 
 #include <cstdlib>
+#include <cstring>
 #include <unistd.h>
 
 TRACE_CONTROL("dov0gsto", DOV0_GetStorage);
@@ -20,12 +21,13 @@ extern "C" void *DOV0_GetStorage(int32_t size) noexcept
         TRACE(frame, Trace::Error, "*****Invalid get storage size %d\n", size);
         return frame.leave<void *>(nullptr);
     }
-    void *block = std::calloc(1, static_cast<size_t>(size));
+    void *block = std::malloc(static_cast<size_t>(size));
     if (block == nullptr) {
         TRACE(frame, Trace::Error, "*****Unable to obtain storage, size %d\n", size);
         return frame.leave<void *>(nullptr);
     }
     TRACE(frame, Trace::Detail, "Allocated storage at address @%p size %d\n", block, size);
+    std::memset(block, 0, static_cast<size_t>(size));
     if (frame.traces(Trace::State)) {
         const LockHolder holder(WorkingStorageCounterLock);
         const int32_t position = recordBlock(block, size);

@@ -22,9 +22,12 @@ constinit FirstUseLock arrayOfSavePtrLock;
 
 constexpr int32_t NoSlot = -1;
 
+constexpr int32_t NoThread = 0;
+
 int32_t findSlot(int32_t threadID) noexcept
 {
-    const int32_t end = slotsEverOwned.load(std::memory_order_relaxed);
+    const int32_t end =
+        threadID != NoThread ? slotsEverOwned.load(std::memory_order_relaxed) : DOV0_STRTOK_SLOTS;
     for (int32_t index = 0; index < end; ++index) {
         if (arrayOfSavePtr[index].threadID.load(std::memory_order_relaxed) == threadID) {
             return index;
@@ -38,12 +41,11 @@ int32_t claimSlot(int32_t threadID) noexcept
 {
     arrayOfSavePtrLock.ensureInitialized();
     const LockHolder holder(arrayOfSavePtrLock);
-    int32_t index = findSlot(0);
+    const int32_t index = findSlot(NoThread);
     if (index == NoSlot) {
-        index = slotsEverOwned.load(std::memory_order_relaxed);
-        if (index == DOV0_STRTOK_SLOTS) {
-            return NoSlot;
-        }
+        return NoSlot;
+    }
+    if (index >= slotsEverOwned.load(std::memory_order_relaxed)) {
         slotsEverOwned.store(index + 1, std::memory_order_relaxed);
     }
     arrayOfSavePtr[index].threadID.store(threadID, std::memory_order_relaxed);
@@ -54,7 +56,7 @@ int32_t claimSlot(int32_t threadID) noexcept
 void releaseSlot(int32_t index) noexcept
 {
     const LockHolder holder(arrayOfSavePtrLock);
-    arrayOfSavePtr[index].threadID.store(0, std::memory_order_relaxed);
+    arrayOfSavePtr[index].threadID.store(NoThread, std::memory_order_relaxed);
 }
 
 bool hasCharacters(const char *text) noexcept
@@ -103,8 +105,8 @@ extern "C" char *DOV0_strtok(char *text, const char *delimiters) noexcept
         }
     }
 
-    // Null text in a slot that was only now claimed continues nothing: its save pointer is another text's.
-    const bool hasText = text != nullptr || isOwner;
+    // Null text in a slot that was only now claimed continues nothing: its save pointer is another text's, or none.
+    const bool hasText = text != nullptr || (isOwner && savePointer != nullptr);
     char *token = hasText ? strtok_r(text, delimiters != nullptr ? delimiters : "", &savePointer) : nullptr;
     arrayOfSavePtr[index].savePointer.store(savePointer, std::memory_order_relaxed);
     if (token != nullptr) {

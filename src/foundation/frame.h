@@ -129,8 +129,8 @@ public:
         return value;
     }
 
-    // Exit of a function without a result.
-    void leave(SourceLine line = SourceLine{__builtin_LINE()}) const noexcept
+    // Exit of a function without a result. GCC takes the line of this file when the type is named.
+    void leave(SourceLine line = {__builtin_LINE()}) const noexcept
     {
         if (traces(Trace::Flow)) {
             TRC1_Event(block(), line.number, TRC1_EVENT_EXIT);

@@ -13,6 +13,7 @@ namespace {
 
 constinit pthread_mutex_t facilityLock = PTHREAD_MUTEX_INITIALIZER;
 constinit bool environmentWasRead = false;
+constinit bool outputIsSettled = false;
 constinit TraceLevelList levelsInForce;
 constinit TraceOutput outputInForce;
 constinit int32_t generationInForce = 1;
@@ -29,21 +30,8 @@ void unlockFacility() noexcept
     pthread_mutex_unlock(&facilityLock);
 }
 
-// The facility's own report on its configuration. Facility held.
-__attribute__((format(printf, 3, 4))) void report(TRC1_EntryBlock &block, int32_t line, const char *format,
-                                                  ...) noexcept
-{
-    TraceText text;
-    text.beginLine(block, line);
-    va_list arguments;
-    va_start(arguments, format);
-    text.appendMessage(format, arguments);
-    va_end(arguments);
-    outputInForce.write(text.data(), text.length());
-}
-
 // Megabytes as an operator writes them: digits only, above 0, and few enough to count bytes in 64 bits.
-bool readLimit(const char *text, uint64_t &bytes) noexcept
+bool readMegabytes(const char *text, uint64_t &bytes) noexcept
 {
     uint64_t megabytes = 0;
     for (const char *digit = text; *digit != '\0'; ++digit) {
@@ -78,30 +66,62 @@ TraceFacility::~TraceFacility()
 TRACE_CONTROL("trace_facility", TRC1_Configure);
 void TraceFacility::readEnvironment() noexcept
 {
-    const char *fileName = secure_getenv("DOV_TRACE_FILE");
-    if (!outputInForce.open(fileName)) {
-        report(TRC1__EPB_, __LINE__,
-               "*****Error: DOV_TRACE_FILE <%s> cannot be opened, errno %d. Standard error is used\n",
-               fileName, errno);
-    }
-    const char *limitText = secure_getenv("DOV_TRACE_LIMIT");
-    if (limitText != nullptr && limitText[0] != '\0') {
-        uint64_t limit = 0;
-        if (readLimit(limitText, limit)) {
-            outputInForce.setLimit(limit);
-        } else {
-            report(TRC1__EPB_, __LINE__,
-                   "*****Error: DOV_TRACE_LIMIT <%s> is not a number of megabytes. Ignored\n", limitText);
-        }
+    const char *levels = secure_getenv("DOV_TRACE");
+    if (levels != nullptr && levels[0] != '\0') {
+        settleOutput(); // now: the first message may be one of exhausted storage
     }
     MalformedPieces malformed;
-    if (!levelsInForce.read(secure_getenv("DOV_TRACE"), MalformedPieces::add, &malformed)) {
+    if (!levelsInForce.read(levels, MalformedPieces::add, &malformed)) {
         report(TRC1__EPB_, __LINE__,
                "*****Error: no storage for the levels of DOV_TRACE. Nothing is traced\n");
     }
     if (!malformed.none()) {
         report(TRC1__EPB_, __LINE__, "*****Error: malformed in DOV_TRACE, ignored: %s\n", malformed.listed());
     }
+}
+
+// Opens the file that the environment names. Where nothing is to be traced that waits for a message all the same, so that
+// a process without a trace leaves no file and says nothing.
+void TraceFacility::settleOutput() noexcept
+{
+    if (outputIsSettled) {
+        return;
+    }
+    outputIsSettled = true;
+    const char *fileName = secure_getenv("DOV_TRACE_FILE");
+    if (!outputInForce.open(fileName)) {
+        report(TRC1__EPB_, __LINE__,
+               "*****Error: DOV_TRACE_FILE <%s> cannot be opened, errno %d. Standard error is used\n",
+               fileName, errno);
+    }
+    readLimit();
+}
+
+void TraceFacility::readLimit() noexcept
+{
+    const char *text = secure_getenv("DOV_TRACE_LIMIT");
+    uint64_t limit = 0;
+    if (text == nullptr || text[0] == '\0') {
+        return;
+    }
+    if (readMegabytes(text, limit)) {
+        outputInForce.setLimit(limit);
+    } else {
+        report(TRC1__EPB_, __LINE__,
+               "*****Error: DOV_TRACE_LIMIT <%s> is not a number of megabytes. Ignored\n", text);
+    }
+}
+
+// What the facility says of its own configuration.
+void TraceFacility::report(TRC1_EntryBlock &block, int32_t line, const char *format, ...) noexcept
+{
+    TraceText text;
+    text.beginLine(block, line);
+    va_list arguments;
+    va_start(arguments, format);
+    text.appendMessage(format, arguments);
+    va_end(arguments);
+    write(text.data(), text.length());
 }
 
 uint32_t TraceFacility::synchronise(TRC1_EntryBlock &block) noexcept
@@ -116,6 +136,7 @@ uint32_t TraceFacility::synchronise(TRC1_EntryBlock &block) noexcept
 
 void TraceFacility::write(const char *text, size_t length) noexcept
 {
+    settleOutput();
     outputInForce.write(text, length);
 }
 
@@ -123,6 +144,10 @@ void TraceFacility::take(TraceLevelList &levels, TraceOutput &output) noexcept
 {
     levelsInForce.swap(levels);
     outputInForce.swap(output);
+    if (!outputIsSettled) { // the file of the environment is not opened any more, its bound stays in force
+        outputIsSettled = true;
+        readLimit();
+    }
     const auto next = static_cast<uint32_t>(generationInForce) + 1;
     // 0 stays the generation that no function has ever seen.
     __atomic_store_n(&generationInForce, static_cast<int32_t>(next != 0 ? next : 1), __ATOMIC_RELEASE);

@@ -10,6 +10,19 @@
 #include <cerrno>
 #include <pthread.h>
 
+// Puts off the cancellation of the calling thread for the length of a block, so that no write to the trace ends it while
+// it holds a lock.
+class CancellationPause {
+public:
+    CancellationPause() noexcept { pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &savedState); }
+    ~CancellationPause() { pthread_setcancelstate(savedState, nullptr); }
+    CancellationPause(const CancellationPause &) = delete;
+    CancellationPause &operator=(const CancellationPause &) = delete;
+
+private:
+    int savedState = PTHREAD_CANCEL_ENABLE;
+};
+
 // Holds the facility for the length of a block; the first holder reads the environment. What the system's
 // functions leave in errno meanwhile is undone, since tracing must not change what its caller is about to
 // report.
@@ -31,8 +44,13 @@ public:
 
 private:
     void readEnvironment() noexcept;
+    void settleOutput() noexcept;
+    void readLimit() noexcept;
+    void report(TRC1_EntryBlock &block, int32_t line, const char *format, ...) noexcept
+        DOV0_PRINTF_FORMAT(4, 5);
 
     const int savedErrno = errno;
+    const CancellationPause pause;
 };
 
 // Collects the malformed pieces of a level list for one report.

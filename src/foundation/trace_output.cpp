@@ -4,8 +4,6 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/file.h>
@@ -40,11 +38,9 @@ bool isStillNamed(int descriptor, const char *fileName) noexcept
 
 void renameWithSuffix(const char *fileName) noexcept
 {
-    char *newName = nullptr;
-    if (asprintf(&newName, "%s.1", fileName) >= 0) {
-        std::rename(fileName, newName);
-        std::free(newName);
-    }
+    char newName[PATH_MAX + 2];
+    std::snprintf(newName, sizeof newName, "%s.1", fileName);
+    std::rename(fileName, newName);
 }
 
 } // namespace
@@ -55,33 +51,28 @@ bool TraceOutput::open(const char *fileName) noexcept
         close();
         return true;
     }
-    const size_t size = std::strlen(fileName) + 1;
-    auto *copy = static_cast<char *>(std::malloc(size));
-    if (copy == nullptr) {
-        return false;
-    }
-    std::memcpy(copy, fileName, size);
-    const int opened = openToAppend(fileName);
+    const int opened = openToAppend(fileName); // which refuses names that are too long for ours
     if (opened < 0) {
-        std::free(copy);
         return false;
     }
     close();
     descriptor = opened;
-    name = copy;
+    std::snprintf(name, sizeof name, "%s", fileName);
     return true;
 }
 
 void TraceOutput::write(const char *text, size_t length) noexcept
 {
-    if (limit != 0 && name != nullptr) {
+    if (limit != 0 && isFile()) {
         beginAgainIfFull(length);
     }
     while (length > 0) {
         const ssize_t written = ::write(descriptor, text, length);
-        if (written >= 0) {
+        if (written > 0) {
             text += written;
             length -= static_cast<size_t>(written);
+        } else if (written == 0) { // as some devices do when they are full
+            return;
         } else if (errno == EAGAIN) {
             pollfd waiting = {descriptor, POLLOUT, 0};
             if (poll(&waiting, 1, PatienceInMilliseconds) <= 0) {
@@ -126,10 +117,9 @@ void TraceOutput::swap(TraceOutput &other) noexcept
 
 void TraceOutput::close() noexcept
 {
-    if (name != nullptr) {
+    if (isFile()) {
         ::close(descriptor);
-        std::free(name);
     }
-    name = nullptr;
+    name[0] = '\0';
     descriptor = StandardError;
 }

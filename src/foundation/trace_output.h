@@ -2,6 +2,7 @@
 #ifndef DOV0610_FOUNDATION_TRACE_OUTPUT_H
 #define DOV0610_FOUNDATION_TRACE_OUTPUT_H
 
+#include <climits>
 #include <cstddef>
 #include <cstdint>
 
@@ -28,9 +29,11 @@ public:
 private:
     void beginAgainIfFull(size_t more) noexcept;
     bool isFullFile(size_t more) const noexcept;
+    bool isFile() const noexcept { return name[0] != '\0'; }
 
     int descriptor = 2;
-    char *name = nullptr; // null for standard error
+    char name[PATH_MAX] =
+        ""; // empty for standard error; no storage, so that exhausted storage can be reported
     uint64_t limit = 0;
 };
 

@@ -169,8 +169,5 @@ void TraceText::appendVisible(const char *characters, size_t count) noexcept
 
 void TraceText::endLine() noexcept
 {
-    if (used == capacity && !reserve(1)) {
-        --used; // a line end matters more than the last character of a cut text
-    }
-    text[used++] = '\n';
+    text[used++] = '\n'; // all that is appended before it, cut or whole, leaves room for it
 }

@@ -28,9 +28,6 @@ public:
 
     void endLine() noexcept;
 
-    // Empties the text for the next part of a long message.
-    void reset() noexcept { used = 0; }
-
     const char *data() const noexcept { return text; }
     size_t length() const noexcept { return used; }
 

@@ -6,6 +6,7 @@ TRACE_CONTROL("trc1cnfg", TRC1_Configure);
 extern "C" int32_t TRC1_Configure(const char *levels, const char *file)
 {
     const int savedErrno = errno;
+    const CancellationPause pause;
     TraceLevelList newLevels;
     TraceOutput newOutput;
     MalformedPieces malformed;

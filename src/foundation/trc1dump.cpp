@@ -8,9 +8,6 @@ namespace {
 
 constexpr int32_t BytesPerLine = 16;
 
-// Longer dumps are written in parts of about this size. The facility is held meanwhile.
-constexpr size_t LargestPart = 1U << 18;
-
 void appendItem(TraceText &text, const char *itemFormat, unsigned char byte) noexcept
 {
     char item[64];
@@ -33,7 +30,6 @@ extern "C" void TRC1_Dump(TRC1_EntryBlock *block, int32_t line, const void *addr
     const int savedErrno = errno;
     {
         TraceText text;
-        TraceFacility facility;
         const auto *bytes = static_cast<const unsigned char *>(address);
         if (bytes == nullptr || length < 1) {
             text.beginLine(*block, line);
@@ -51,13 +47,9 @@ extern "C" void TRC1_Dump(TRC1_EntryBlock *block, int32_t line, const void *addr
                 if (left <= BytesPerLine) {
                     break;
                 }
-                if (text.length() > LargestPart) {
-                    facility.write(text.data(), text.length());
-                    text.reset();
-                }
             }
         }
-        facility.write(text.data(), text.length());
+        TraceFacility().write(text.data(), text.length());
     }
     errno = savedErrno;
 }

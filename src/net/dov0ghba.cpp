@@ -53,7 +53,7 @@ void remember(const Frame &frame, UnresolvedHost *newHost, in_addr networkAddres
         TRACE(frame, Trace::Detail, "Unresolved host @%p <%s> added to top of list\n",
               static_cast<void *>(newHost), DottedAddress(networkAddress).text());
     } else {
-        // It goes first, whatever the text says; the text is kept.
+        // It goes first, whatever the message says; the message is kept.
         TRACE(frame, Trace::Detail, "Unresolved host @%p %s added as second entry in list\n",
               static_cast<void *>(newHost), DottedAddress(networkAddress).text());
     }

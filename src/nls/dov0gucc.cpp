@@ -8,17 +8,12 @@ namespace {
 constexpr int32_t StackUnits = 2048;
 constexpr int32_t LongestForStack = 1024; // bytes of text
 
-} // namespace
-
-TRACE_CONTROL("dov0gucc", DOV0_GetUTF8CharacterCount);
-extern "C" int32_t DOV0_GetUTF8CharacterCount(const char *text, int32_t length, char16_t **outBuffer) noexcept
+// Returns the number of units, 0 on failure.
+int32_t count(const Frame &frame, const char *text, int32_t length, char16_t **outBuffer) noexcept
 {
-    const Frame frame(TRC1__EPB_);
-
-    openUTF8ConverterOnce(TRC1__F_, __LINE__);
     const LockHolder holder(ThisConverterUseLock);
     if (UTF8_Converter == nullptr || text == nullptr || length < 1) {
-        return frame.leave<int32_t>(0);
+        return 0;
     }
     char16_t stackBuffer[StackUnits];
     char16_t *allocated = nullptr;
@@ -29,7 +24,7 @@ extern "C" int32_t DOV0_GetUTF8CharacterCount(const char *text, int32_t length, 
         buffer = allocated;
         capacity = length;
     }
-    int32_t count = 0;
+    int32_t units = 0;
     UErrorCode status = buffer != nullptr ? U_ZERO_ERROR : U_MEMORY_ALLOCATION_ERROR;
     if (buffer != nullptr) {
         char16_t *target = buffer;
@@ -37,17 +32,28 @@ extern "C" int32_t DOV0_GetUTF8CharacterCount(const char *text, int32_t length, 
         ucnv_resetToUnicode(UTF8_Converter);
         ucnv_toUnicode(UTF8_Converter, &target, buffer + capacity, &source, text + length, nullptr, true,
                        &status);
-        count = static_cast<int32_t>(target - buffer);
+        units = static_cast<int32_t>(target - buffer);
     }
     if (U_FAILURE(status)) {
         TRACE(frame, Trace::Error, "*ERROR: ucnv_toUnicode conversion failed. Status %d <%s>\n", status,
               u_errorName(status));
-        count = 0;
+        units = 0;
     }
     if (outBuffer != nullptr) {
         *outBuffer = allocated; // also after a failure; the caller's from here
     } else if (allocated != nullptr) {
         DOV0_FreeStorage(&allocated);
     }
-    return frame.leave<int32_t>(count);
+    return units;
+}
+
+} // namespace
+
+TRACE_CONTROL("dov0gucc", DOV0_GetUTF8CharacterCount);
+extern "C" int32_t DOV0_GetUTF8CharacterCount(const char *text, int32_t length, char16_t **outBuffer) noexcept
+{
+    const Frame frame(TRC1__EPB_);
+
+    openUTF8ConverterOnce(TRC1__F_, __LINE__);
+    return frame.leave(count(frame, text, length, outBuffer));
 }

@@ -226,9 +226,10 @@ extern "C" void DOV0_LNG2_Message(int32_t messageClass, char *output, int32_t ou
               static_cast<void *>(output), outputSize);
         return frame.leave();
     }
-    output[0] = '\0';
+    // The output is emptied only now and then, since a parameter may stand in it.
     char key[KeySize];
     if (!buildKey(frame, messageClass, messageNumber, key)) {
+        output[0] = '\0';
         return frame.leave();
     }
     if (__atomic_load_n(&specified_rb_path_found, __ATOMIC_ACQUIRE) >= 0) {
@@ -238,17 +239,20 @@ extern "C" void DOV0_LNG2_Message(int32_t messageClass, char *output, int32_t ou
     TRACE(frame, Trace::Detail, "RB specified path and bundle=%s\n", path_and_bundle);
     LNG2_Locale *locale = getLocale(frame, messageNumber);
     if (locale == nullptr) {
+        output[0] = '\0';
         return frame.leave();
     }
     chooseLocaleName(frame, *locale);
     TRACE(frame, Trace::Detail, "Message key is %s\n", key);
     LNG2_ResourceBundle *bundle = openBundle(frame, *locale);
     if (bundle == nullptr) {
+        output[0] = '\0';
         LNG2_ReleaseLocale(locale);
         return frame.leave();
     }
     Parameters parameters = {{parameter1, parameter2, parameter3, parameter4, parameter5}, {}};
     if (!compose(frame, locale, bundle, key, parameters, output, outputSize)) {
+        output[0] = '\0';
         LNG2_ResourceClose(bundle);
         LNG2_ReleaseLocale(locale);
         return frame.leave();

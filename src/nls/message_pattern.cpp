@@ -1,31 +1,13 @@
 #include "nls/message_pattern.h"
 
+#include <algorithm>
 #include <unicode/messagepattern.h>
 
 namespace {
 
-UErrorCode checkPart(const icu::MessagePattern::Part &part) noexcept
+bool takesText(UMessagePatternArgType type) noexcept
 {
-    switch (part.getType()) {
-    case UMSGPAT_PART_TYPE_ARG_START:
-        return part.getArgType() == UMSGPAT_ARG_TYPE_NONE || part.getArgType() == UMSGPAT_ARG_TYPE_SELECT
-                   ? U_ZERO_ERROR
-                   : U_ARGUMENT_TYPE_MISMATCH;
-    case UMSGPAT_PART_TYPE_ARG_NUMBER:
-        return part.getValue() < MessageParameterCount ? U_ZERO_ERROR : U_INDEX_OUTOFBOUNDS_ERROR;
-    case UMSGPAT_PART_TYPE_ARG_NAME:
-        return U_ARGUMENT_TYPE_MISMATCH;
-    default:
-        return U_ZERO_ERROR;
-    }
-}
-
-void checkPattern(const icu::UnicodeString &pattern, UErrorCode &status) noexcept
-{
-    const icu::MessagePattern parsed(pattern, nullptr, status);
-    for (int32_t i = 0; U_SUCCESS(status) && i < parsed.countParts(); ++i) {
-        status = checkPart(parsed.getPart(i));
-    }
+    return type == UMSGPAT_ARG_TYPE_NONE || type == UMSGPAT_ARG_TYPE_SELECT;
 }
 
 // A string of ICU's that got no memory holds nothing any more.
@@ -44,21 +26,45 @@ MessagePattern::MessagePattern(const char *localeName, const char16_t *pattern, 
                     status)
 {
     if (U_SUCCESS(status)) {
-        checkPattern(icu::UnicodeString(false, icu::ConstChar16Ptr(pattern), length), status);
+        readPattern(icu::UnicodeString(false, icu::ConstChar16Ptr(pattern), length), status);
+    }
+}
+
+void MessagePattern::readPattern(const icu::UnicodeString &pattern, UErrorCode &status) noexcept
+{
+    const icu::MessagePattern parsed(pattern, nullptr, status);
+    UMessagePatternArgType type = UMSGPAT_ARG_TYPE_NONE;
+    for (int32_t i = 0; U_SUCCESS(status) && i < parsed.countParts(); ++i) {
+        const icu::MessagePattern::Part &part = parsed.getPart(i);
+        if (part.getType() == UMSGPAT_PART_TYPE_ARG_START) {
+            type = part.getArgType();
+        } else if (part.getType() == UMSGPAT_PART_TYPE_ARG_NUMBER) {
+            const int32_t number = part.getValue();
+            if (number >= MessageParameterCount) {
+                status = U_INDEX_OUTOFBOUNDS_ERROR;
+            } else if (!takesText(type)) {
+                status = U_ARGUMENT_TYPE_MISMATCH;
+            } else {
+                isAskedFor[number] = true;
+                parameterCount = std::max(parameterCount, number + 1);
+            }
+        }
     }
 }
 
 void MessagePattern::setParameter(int32_t index, const char16_t *text, UErrorCode &status) noexcept
 {
-    parameters[index].setString(icu::UnicodeString(text));
-    checkMemory(parameters[index].getString(status), status);
+    if (isAskedFor[index]) {
+        parameters[index].setString(icu::UnicodeString(text));
+        checkMemory(parameters[index].getString(status), status);
+    }
 }
 
 int32_t MessagePattern::format(char16_t *message, int32_t capacity, UErrorCode &status) const noexcept
 {
     icu::UnicodeString text;
     icu::FieldPosition ignored(icu::FieldPosition::DONT_CARE);
-    messageFormat.format(parameters, MessageParameterCount, text, ignored, status);
+    messageFormat.format(parameters, parameterCount, text, ignored, status);
     checkMemory(text, status);
     if (U_FAILURE(status)) {
         return 0;

@@ -25,9 +25,12 @@ int32_t readLinePiece(FILE *stream, ProductSpecRecord &record) noexcept
 bool readRecord(FILE *stream, uint32_t number, ProductSpecRecord &record) noexcept
 {
     const int32_t length = readLinePiece(stream, record);
+    if (length == 0) {
+        return false;
+    }
     // The key counts every byte of the record, its line end too, and wraps like any 32-bit number.
     DOV0_DecipherMetaRecord(record, static_cast<int32_t>(static_cast<uint32_t>(length) * number));
-    return length > 0;
+    return true;
 }
 
 char *skipBlanks(char *text) noexcept

@@ -74,6 +74,14 @@ char *asOwned(const char *value) noexcept
     return isSharedConstant(value) ? nullptr : const_cast<char *>(value);
 }
 
+// Whether a text is another one or begins inside it.
+bool isPartOf(const char *whole, const char *text) noexcept
+{
+    const auto start = reinterpret_cast<uintptr_t>(whole);
+    const auto position = reinterpret_cast<uintptr_t>(text);
+    return position >= start && position <= start + std::strlen(whole);
+}
+
 } // namespace
 
 const char *productSpecValue(int32_t index) noexcept
@@ -97,6 +105,10 @@ void setProductSpecValue(int32_t index, const char *value) noexcept
 bool copyProductSpecValue(int32_t index, const char *text) noexcept
 {
     const size_t length = std::strlen(text);
+    const char *old = ownedProductSpecValue(index);
+    if (old != nullptr && !isPartOf(old, text)) {
+        setProductSpecValue(index, nullptr);
+    }
     char *copy = getTextStorage(length);
     if (copy == nullptr) {
         return false;

@@ -48,8 +48,8 @@ char *ownedProductSpecValue(int32_t index) noexcept;
 // null, and frees the text that the table owned for it before.
 void setProductSpecValue(int32_t index, const char *value) noexcept;
 
-// Sets a keyword to a copy of a text, which may be the keyword's value of before. Without storage the value
-// stays as it was and the result is false.
+// Frees the text that the table owned for a keyword and sets it to a copy of another, in this order; a text that is a
+// part of the old one is copied first. Without storage the keyword is unset then, and the result is false.
 bool copyProductSpecValue(int32_t index, const char *text) noexcept;
 
 // A block of working storage for a text of so many bytes, its terminator not counted; null without storage.

@@ -32,7 +32,7 @@ extern "C" int32_t DOV0_ComputeCheckSum(const void *data, int32_t size, int32_t 
         TRACE(frame, Trace::Error, "****Error: Received invalid DataSize value %d\n", size);
         return frame.leave<int32_t>(0);
     }
-    if (data == nullptr) {
+    if (data == nullptr && bufferSize > 0) {
         TRACE(frame, Trace::Error, "****Error: Input buffer is NULL\n");
         return frame.leave<int32_t>(0);
     }

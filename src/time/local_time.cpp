@@ -1,42 +1,48 @@
 #include "time/local_time.h"
 
-#include <atomic>
-#include <cstdint>
 #include <cstdlib>
+#include <pthread.h>
 
 namespace {
 
-constinit std::atomic<uint64_t> lastZone{0};
-constinit std::atomic<time_t> lastLook{-1};
+// Guards the area that localtime answers in, as far as this library is concerned, and the last answer.
+constinit pthread_mutex_t localTimeLock = PTHREAD_MUTEX_INITIALIZER;
 
-// Tells values of TZ apart (FNV-1a); one that is not set differs from one that is empty.
-uint64_t fingerprint(const char *zone) noexcept
-{
-    uint64_t hash = 0xCBF29CE484222325U;
-    for (; zone != nullptr && *zone != '\0'; ++zone) {
-        hash = (hash ^ static_cast<unsigned char>(*zone)) * 0x100000001B3U;
-    }
-    return zone != nullptr ? hash : 0;
-}
+struct Answer {
+    bool isKnown;
+    time_t when;
+    time_t second; // of the monotonic clock
+    tm fields;
+};
 
-// tzset looks at the system's time zone file whenever TZ is not set, which costs more than all the rest.
-void lookUpTimeZone() noexcept
+constinit Answer lastAnswer = {};
+
+// Without TZ each localtime looks at the system's time zone file, which costs more than all the rest of a timestamp.
+// Within a second the answer to the same question is kept.
+bool answerFromSystemZone(time_t when, tm &fields) noexcept
 {
     timespec now = {};
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    const uint64_t zone = fingerprint(std::getenv("TZ"));
-    if (zone != lastZone.load(std::memory_order_relaxed) ||
-        now.tv_sec != lastLook.load(std::memory_order_relaxed)) {
-        tzset();
-        lastZone.store(zone, std::memory_order_relaxed);
-        lastLook.store(now.tv_sec, std::memory_order_relaxed);
+    clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
+    if (!lastAnswer.isKnown || lastAnswer.when != when || lastAnswer.second != now.tv_sec) {
+        const tm *local = localtime(&when);
+        lastAnswer = {local != nullptr, when, now.tv_sec, local != nullptr ? *local : tm{}};
     }
+    fields = lastAnswer.fields;
+    return lastAnswer.isKnown;
 }
 
 } // namespace
 
 bool breakIntoLocalTime(time_t when, tm &fields) noexcept
 {
-    lookUpTimeZone(); // the re-entrant routine may leave it unread
-    return localtime_r(&when, &fields) != nullptr;
+    pthread_mutex_lock(&localTimeLock);
+    bool isKnown = false;
+    if (std::getenv("TZ") == nullptr) {
+        isKnown = answerFromSystemZone(when, fields);
+    } else if (const tm *local = localtime(&when)) {
+        fields = *local;
+        isKnown = true;
+    }
+    pthread_mutex_unlock(&localTimeLock);
+    return isKnown;
 }

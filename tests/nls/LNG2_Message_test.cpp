@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 #include <thread>
 #include <unicode/uloc.h>
+#include <unicode/umsg.h>
 
 namespace {
 
@@ -365,7 +366,7 @@ TEST(LNG2_Message, ReportsPatternsThatTextsCannotBePutInto)
                     {"{0,select,a{x}}", "U_DEFAULT_KEYWORD_MISSING"},
                     {"{5}", "U_INDEX_OUTOFBOUNDS_ERROR"},
                     {"{0,select,other{{999}}}", "U_INDEX_OUTOFBOUNDS_ERROR"},
-                    {"{name}", "U_ARGUMENT_TYPE_MISMATCH"},
+                    {"{name} {0,number}", "U_ARGUMENT_TYPE_MISMATCH"},
                     {"{0,number}", "U_ARGUMENT_TYPE_MISMATCH"},
                     {"{0,date}", "U_ARGUMENT_TYPE_MISMATCH"},
                     {"{0,choice,0#x}", "U_ARGUMENT_TYPE_MISMATCH"},
@@ -388,6 +389,43 @@ TEST(LNG2_Message, ReportsPatternsThatTextsCannotBePutInto)
     const TraceLog log = traceOf(Function, Trace::Detail, [] { text(6, 0); });
     ASSERT_FALSE(log.empty());
     EXPECT_EQ(log.back(), says("Returning with message=\n"));
+}
+
+TEST(LNG2_Message, LeavesNamesToICU)
+{
+    const char *const patterns[] = {"Hello {name} x", "{0} {name}", "{name,select,a{A} other{O}}",
+                                    "{n,number} q", "{name} {2}"};
+    std::string root;
+    int32_t number = 0;
+    for (const char *const pattern : patterns) {
+        root += "DOVPV" + std::to_string(number++) + " { \"" + pattern + "\" } ";
+    }
+    const Catalogue catalogue(root);
+    number = 0;
+    for (const std::string pattern : patterns) {
+        UErrorCode status = U_ZERO_ERROR;
+        char16_t judged[100];
+        const int32_t length = u_formatMessage(
+            "en_US", std::u16string(pattern.begin(), pattern.end()).c_str(),
+            static_cast<int32_t>(pattern.size()), judged, 100, &status, u"a", u"b", u"c", u"d", u"e");
+        ASSERT_LE(status, U_ZERO_ERROR);
+        EXPECT_EQ(text(6, number++, "a", "b", "c", "d", "e"), std::string(judged, judged + length))
+            << pattern;
+    }
+}
+
+TEST(LNG2_Message, TakesAParameterFromItsOutput)
+{
+    const Catalogue catalogue("DOVPV1 { \"P {0} Q {4}\" }");
+    char output[40] = "in place";
+    DOV0_LNG2_Message(DOV0_MESSAGE_CLASS_V, output, sizeof output, 1, output, nullptr, nullptr, nullptr,
+                      output);
+    EXPECT_STREQ(output, "P in place Q in place");
+    for (const int32_t messageClass : {0, 6}) { // no such class, no such key
+        std::strcpy(output, "in place");
+        DOV0_LNG2_Message(messageClass, output, sizeof output, 2, output, nullptr, nullptr, nullptr, nullptr);
+        EXPECT_STREQ(output, "");
+    }
 }
 
 TEST(LNG2_Message, ReportsAMissingConverter)

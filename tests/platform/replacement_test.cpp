@@ -11,6 +11,8 @@ int32_t locksInitialized = 0;
 int32_t locksTaken = 0;
 int32_t locksReleased = 0;
 int32_t threadNumber = 0;
+int32_t exits = 0;
+int32_t exitsUnderALock = 0;
 
 } // namespace
 
@@ -43,6 +45,14 @@ extern "C" int32_t PLT1_ThreadID()
 extern "C" void PLT1_GetTime(timespec *timeOut)
 {
     *timeOut = {1, 0}; // long ago
+}
+
+extern "C" void TRC1_Event(TRC1_EntryBlock *block, int32_t /*line*/, int32_t kind, ...)
+{
+    if (kind != TRC1_EVENT_ENTRY && std::strstr(block->name, "UTF8") != nullptr) {
+        ++exits;
+        exitsUnderALock += locksTaken != locksReleased ? 1 : 0;
+    }
 }
 
 TEST(Replacement, OfTheEnvironmentIsUsed)
@@ -81,4 +91,39 @@ TEST(Replacement, OfTheClockIsUsed)
     pthread_mutex_lock(&mutex);
     EXPECT_EQ(DOV0_ConditionTimedWait(&condition, &mutex, 1000), ETIMEDOUT);
     pthread_mutex_unlock(&mutex);
+}
+
+TEST(Replacement, OfEventsSeesNoExitUnderTheConvertersLock)
+{
+    char text[10] = "";
+    char16_t *units = nullptr;
+    EXPECT_EQ(DOV0_ConvertUnicodeToUTF8(u"a", 1, text, sizeof text), 1); // opens it, under another
+    ASSERT_EQ(TRC1_Configure("flow", nullptr), 0);
+    EXPECT_EQ(DOV0_ConvertUnicodeToUTF8(u"abc", 3, text, sizeof text), 3);
+    EXPECT_EQ(DOV0_ConvertUnicodeToUTF8(u"abc", 3, text, 2), 0); // cut
+    EXPECT_EQ(DOV0_GetUTF8CharacterCount(text, 1, nullptr), 1);
+    EXPECT_EQ(DOV0_GetUTF8CharacterCount(text, 1, &units), 1);
+    DOV0_FreeStorage(&units);
+    EXPECT_GE(locksTaken, 4);
+    EXPECT_EQ(exits, 4);
+    EXPECT_EQ(exitsUnderALock, 0);
+}
+
+TEST(Replacement, OfTheIdentityByZeroMatchesEachFreeSlot)
+{
+    threadNumber = 0;
+    EXPECT_EQ(DOV0_strtok(nullptr, ","), nullptr); // nothing was begun
+    char first[] = "a,b";
+    EXPECT_STREQ(DOV0_strtok(first, ","), "a");
+    EXPECT_STREQ(DOV0_strtok(nullptr, ","), "b");
+    EXPECT_EQ(locksTaken, 1) << "a slot is given back, and none is claimed";
+    threadNumber = 5; // another thread takes the slot
+    char second[] = "c;d";
+    EXPECT_STREQ(DOV0_strtok(second, ";"), "c");
+    EXPECT_EQ(locksTaken, 2);
+    threadNumber = 0;
+    char third[] = "e,f";
+    EXPECT_STREQ(DOV0_strtok(third, ","), "e");
+    threadNumber = 5;
+    EXPECT_STREQ(DOV0_strtok(nullptr, ";"), "d");
 }

@@ -5,6 +5,7 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <random>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -18,6 +19,19 @@ namespace {
 // The time that the clock shows, when it is not the true one.
 timespec shownTime = {};
 
+// What was done about a full file, in order.
+std::vector<std::string> *fileSteps = nullptr;
+
+std::atomic<int> writes{0};
+std::atomic<ssize_t> writtenInstead{-1}; // what write returns without writing, unless negative
+
+void noteStep(const std::string &step)
+{
+    if (fileSteps != nullptr) {
+        fileSteps->push_back(step);
+    }
+}
+
 } // namespace
 
 // The library reads the clock through the dynamic symbol table, and so this one.
@@ -28,6 +42,25 @@ extern "C" int clock_gettime(clockid_t clock, timespec *now) noexcept
         return 0;
     }
     return static_cast<int>(syscall(SYS_clock_gettime, clock, now));
+}
+
+extern "C" ssize_t write(int descriptor, const void *bytes, size_t count)
+{
+    pthread_testcancel(); // as the system's own does
+    ++writes;
+    return writtenInstead >= 0 ? writtenInstead.load() : syscall(SYS_write, descriptor, bytes, count);
+}
+
+extern "C" int flock(int descriptor, int operation) noexcept
+{
+    noteStep(operation == LOCK_EX ? "lock" : operation == LOCK_UN ? "unlock" : "other");
+    return static_cast<int>(syscall(SYS_flock, descriptor, operation));
+}
+
+extern "C" int rename(const char *from, const char *to) noexcept
+{
+    noteStep("rename");
+    return renameat(AT_FDCWD, from, AT_FDCWD, to);
 }
 
 namespace {
@@ -215,6 +248,45 @@ TEST_F(TraceOutput, DumpsLargeAreasWhole)
     EXPECT_EQ(found[12500], "30D40: AB AB AB");
 }
 
+TEST_F(TraceOutput, DumpsAnyAreaInOneWrite)
+{
+    const std::string area(600000, 'd');
+    writes = 0;
+    TRC1_Dump(&host.block, 7, area.data(), static_cast<int32_t>(area.size()), "%02.2X");
+    EXPECT_EQ(writes, 1);
+    EXPECT_EQ(file.lines().size(), area.size() / 16);
+}
+
+TEST_F(TraceOutput, PutsOffACancellationUntilItIsDone)
+{
+    std::atomic<bool> isTracing{false};
+    std::thread tracing([&] {
+        for (;;) {
+            isTracing = true;
+            TRC1_Printf(&host.block, 7, "on and on\n");
+            pthread_testcancel();
+        }
+    });
+    while (!isTracing) {
+        std::this_thread::yield();
+    }
+    pthread_cancel(tracing.native_handle());
+    tracing.join();
+    printed("after it");
+    const std::vector<std::string> lines = texts();
+    EXPECT_EQ(lines.back(), "after it");
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), "on and on"), static_cast<long>(lines.size()) - 1);
+}
+
+TEST_F(TraceOutput, GivesUpOnAFullDevice)
+{
+    writtenInstead = 0;
+    printed("nobody takes it");
+    writtenInstead = -1;
+    printed("next");
+    EXPECT_EQ(texts(), std::vector<std::string>{"next"});
+}
+
 TEST_F(TraceOutput, KeepsTheLinesOfADumpTogether)
 {
     const std::vector<unsigned char> bytes(160, 1);
@@ -353,6 +425,39 @@ TEST(TraceEnvironment, NamesTheFile)
     EXPECT_THAT(lines[0].text, testing::MatchesRegex("Input pointer @0x[0-9a-f]+ is valid"));
 }
 
+TEST(TraceEnvironment, LeavesNoFileAndSaysNothingWhereNothingIsTraced)
+{
+    const TraceFile file;
+    file.nameInEnvironment();
+    setenv("DOV_TRACE_LIMIT", "many", 1);
+    HostFunction host("hostfile", "HOST_Function");
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(TRC1_Sync(&host.block), 0U);
+    DOV0_FreeStorage(nullptr);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_FALSE(std::filesystem::exists(file.name()));
+    TRC1_Printf(&host.block, 1, "a message all the same\n");
+    EXPECT_EQ(file.texts(),
+              (std::vector<std::string>{
+                  "TRC1_Configure *****Error: DOV_TRACE_LIMIT <many> is not a number of megabytes. Ignored",
+                  "HOST_Function a message all the same"}));
+}
+
+TEST(TraceEnvironment, KeepsTheBoundWhenTheHostNamesTheFile)
+{
+    const TraceFile file;
+    const TraceFile unused;
+    unused.nameInEnvironment();
+    setenv("DOV_TRACE_LIMIT", "1", 1);
+    HostFunction host("hostfile", "HOST_Function");
+    ASSERT_EQ(TRC1_Configure("all", file.name().c_str()), 0);
+    TRC1_Printf(&host.block, 1, "first\n");
+    ASSERT_EQ(truncate(file.name().c_str(), 1024 * 1024), 0);
+    TRC1_Printf(&host.block, 2, "second\n");
+    EXPECT_EQ(file.lines().at(0).text, "second");
+    EXPECT_FALSE(std::filesystem::exists(unused.name()));
+}
+
 TEST(TraceEnvironment, FallsBackToStandardErrorWhenTheFileCannotBeOpened)
 {
     setenv("DOV_TRACE_FILE", "/nonexistent/folder/file", 1);
@@ -427,6 +532,22 @@ TEST(TraceEnvironment, BoundsAFileThatIsBeyondTwoGigabytes)
     EXPECT_EQ(renamed.st_size, Size);
 }
 
+TEST(TraceEnvironment, RenamesAFullFileUnderItsLock)
+{
+    const TraceFile file;
+    file.nameInEnvironment();
+    setenv("DOV_TRACE_LIMIT", "1", 1);
+    HostFunction host("hostfile", "HOST_Function");
+    TRC1_Printf(&host.block, 1, "first\n");
+    ASSERT_EQ(truncate(file.name().c_str(), 1024 * 1024), 0);
+    std::vector<std::string> steps;
+    fileSteps = &steps;
+    TRC1_Printf(&host.block, 2, "second\n");
+    TRC1_Printf(&host.block, 3, "third\n");
+    fileSteps = nullptr;
+    EXPECT_THAT(steps, ElementsAre("lock", "rename", "unlock"));
+}
+
 TEST(TraceEnvironment, KeepsAMessageThatIsLongerThanTheBound)
 {
     const TraceFile file;
@@ -477,6 +598,7 @@ TEST(TraceEnvironment, ReportsABoundThatIsNoNumber)
             const TraceFile file;
             file.nameInEnvironment();
             setenv("DOV_TRACE_LIMIT", limit, 1);
+            setenv("DOV_TRACE", "none", 1);
             HostFunction host("hostfile", "HOST_Function");
             TRC1_Sync(&host.block);
             const bool reported =

@@ -47,13 +47,13 @@ TEST_F(TraceStorage, ChangesNothingWithoutStorageForTheNewConfiguration)
         EXPECT_EQ(TRC1_Sync(&host.block), 0x1FFU & ~0x20U) << n; // the old levels
         EXPECT_EQ(other.lines().size(), 0U) << n;
     }
-    EXPECT_GE(failures, 2); // the levels and the file's name
+    EXPECT_GE(failures, 1); // the levels; the file's name needs none
     EXPECT_EQ(TRC1_Sync(&host.block), 0x80U);
     const std::vector<std::string> complaints = texts();
     ASSERT_EQ(static_cast<int>(complaints.size()), failures);
-    EXPECT_EQ(complaints.front(), "*****Error: no storage for the trace levels. Nothing is changed");
-    EXPECT_EQ(complaints.back(),
-              "*****Error: trace file <" + otherName + "> cannot be opened, errno 12. Nothing is changed");
+    for (const std::string &complaint : complaints) {
+        EXPECT_EQ(complaint, "*****Error: no storage for the trace levels. Nothing is changed");
+    }
 }
 
 TEST_F(TraceStorage, CutsALongMessageThatItHasNoStorageFor)
@@ -109,7 +109,7 @@ TEST(TraceStorageAtStart, TracesNothingWithoutStorageForTheLevels)
     setenv("DOV_TRACE", "all", 1);
     setenv("DOV_TRACE_FILE", file.name().c_str(), 1);
     uint32_t level = 1;
-    EXPECT_TRUE(withHeapFailure(2, [&] { level = TRC1_Sync(&host.block); })); // the first is the file's name
+    EXPECT_TRUE(withHeapFailure(1, [&] { level = TRC1_Sync(&host.block); }));
     EXPECT_EQ(level, 0U);
     const std::vector<TraceLine> lines = file.lines();
     ASSERT_EQ(lines.size(), 1U);

@@ -166,17 +166,39 @@ TEST(UpdateProductSpec, ChangesTheMarkOfAPackagedSolution)
     EXPECT_EQ(queried(DOV0_PSF_PACKAGED_SOLUTION), "yes");
 }
 
-TEST(UpdateProductSpec, KeepsTheValueWhenThereIsNoStorage)
+TEST(UpdateProductSpec, FreesTheOldTextBeforeItCopiesTheNew)
 {
     ASSERT_EQ(DOV0_InitializeProductSpec(nullptr, 1), 1);
-    for (const int32_t index : {DOV0_PSF_NODE_TYPE, DOV0_PSF_ENABLE_DPLOG, DOV0_PSF_DP_TO_START}) {
-        const std::string before = queried(index);
-        const TraceLog log = traceAt(Trace::Error | Trace::Detail, [=] {
+    const std::string freeing = message("DOV0_FreeStorage", "Freeing storage at address @%p\n",
+                                        DOV0_QueryProductSpec(DOV0_PSF_NODE_TYPE));
+    const TraceLog log = traceAt(Trace::Detail, [] { DOV0_UpdateProductSpec(DOV0_PSF_NODE_TYPE, "X"); });
+    const char *copy = DOV0_QueryProductSpec(DOV0_PSF_NODE_TYPE);
+    EXPECT_EQ(log,
+              (TraceLog{entering(DOV0_PSF_NODE_TYPE, "X"), freeing,
+                        message("DOV0_GetStorage", "Allocated storage at address @%p size %d\n", copy, 2),
+                        own("NODE_TYPE=X\n")}));
+}
+
+TEST(UpdateProductSpec, KeepsAConstantAndLosesATextWhenThereIsNoStorage)
+{
+    ASSERT_EQ(DOV0_InitializeProductSpec(nullptr, 1), 1);
+    const struct {
+        int32_t index;
+        const char *left;
+    } cases[] = {
+        {DOV0_PSF_NODE_TYPE, "(unset)"}, {DOV0_PSF_ENABLE_DPLOG, "Y"}, {DOV0_PSF_DP_TO_START, "(unset)"}};
+    for (const auto &[index, left] : cases) {
+        TraceLog log = {entering(index, "X")};
+        if (index == DOV0_PSF_NODE_TYPE) {
+            log.push_back(message("DOV0_FreeStorage", "Freeing storage at address @%p\n",
+                                  DOV0_QueryProductSpec(index)));
+        }
+        log.push_back(message("DOV0_GetStorage", "*****Unable to obtain storage, size %d\n", 2));
+        const auto update = [index = index] {
             withoutHeap([=] { EXPECT_EQ(DOV0_UpdateProductSpec(index, "X"), 0); });
-        });
-        EXPECT_EQ(log, (TraceLog{entering(index, "X"),
-                                 message("DOV0_GetStorage", "*****Unable to obtain storage, size %d\n", 2)}));
-        EXPECT_EQ(queried(index), before);
+        };
+        EXPECT_EQ(traceAt(Trace::Error | Trace::Detail, update), log);
+        EXPECT_EQ(queried(index), left);
     }
 }
 

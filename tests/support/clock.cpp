@@ -41,11 +41,11 @@ extern "C" int gettimeofday(timeval *result, void *zone) noexcept
     return 0;
 }
 
-extern "C" tm *localtime_r(const time_t *when, tm *fields) noexcept
+extern "C" tm *localtime(const time_t *when) noexcept
 {
+    static tm area;
     auto *const routine = localTimeRoutine.load();
-    return routine != nullptr ? routine(when, fields)
-                              : next<tm *(const time_t *, tm *)>("localtime_r")(when, fields);
+    return routine != nullptr ? routine(when, &area) : next<tm *(const time_t *)>("localtime")(when);
 }
 
 void stopClock(time_t seconds, suseconds_t microseconds)

@@ -1,4 +1,4 @@
-// The system's clock and calendar in the hands of a test: time, gettimeofday and localtime_r as the library
+// The system's clock and calendar in the hands of a test: time, gettimeofday and localtime as the library
 // calls them. Left alone, they are the system's own.
 #ifndef DOV0610_TESTS_CLOCK_H
 #define DOV0610_TESTS_CLOCK_H
@@ -9,7 +9,7 @@
 // Stops the clock at this time.
 void stopClock(time_t seconds, suseconds_t microseconds = 0);
 
-// What localtime_r does from now on; null for the system's own.
+// What localtime answers with from now on, in its area; null for the system's own.
 void setLocalTime(tm *(*routine)(const time_t *when, tm *fields));
 
 // Sets TZ, which the library is to read by itself.

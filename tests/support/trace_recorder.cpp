@@ -2,6 +2,7 @@
 
 #include "support/heap_faults.h"
 
+#include <cerrno>
 #include <cinttypes>
 #include <cstdarg>
 #include <cstdio>
@@ -66,9 +67,12 @@ extern "C" uint32_t TRC1_Sync(TRC1_EntryBlock *block)
     return level;
 }
 
-extern "C" void TRC1_Event(TRC1_EntryBlock *block, int32_t /*line*/, int32_t kind, ...)
+extern "C" void TRC1_Event(TRC1_EntryBlock *block, int32_t line, int32_t kind, ...)
 {
     const HeapFaultPause pause;
+    const int savedErrno = errno;
+    checkEventPlace(*block, line, kind);
+    errno = savedErrno;
     if (kind == TRC1_EVENT_EXIT_VALUE) {
         va_list arguments;
         va_start(arguments, kind);

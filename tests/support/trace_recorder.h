@@ -16,6 +16,9 @@
 
 using TraceLog = std::vector<std::string>;
 
+// What the recorder does about the place that each event names, defined by its user.
+void checkEventPlace(const TRC1_EntryBlock &block, int32_t line, int32_t kind);
+
 // The level bits by their short names, unsigned so that they combine without warnings.
 namespace Trace {
 constexpr uint32_t Detail = DOV0_TRACE_DETAIL;

@@ -107,22 +107,26 @@ TEST(ComputeCheckSum, FindsNoStorageForNegativeSizes)
 {
     const unsigned char data[4] = {1, 2, 3, 4};
     struct Case {
+        const void *data;
         int32_t size, bufferSize, longWords, shortWords;
     };
-    for (const Case &negative : {Case{-4, -4, -1, -2}, Case{-7, -4, -1, -2}, Case{-8, -8, -2, -4},
-                                 Case{INT32_MIN, INT32_MIN, -536870912, -1073741824}}) {
-        const TraceLog log = traceAt(Trace::Flow | Trace::Detail | Trace::Error,
-                                     [&] { EXPECT_EQ(DOV0_ComputeCheckSum(data, negative.size, 1), 0); });
+    for (const Case &negative :
+         {Case{data, -4, -4, -1, -2}, Case{data, -7, -4, -1, -2}, Case{data, -8, -8, -2, -4},
+          Case{data, INT32_MIN, INT32_MIN, -536870912, -1073741824}, Case{nullptr, -4, -4, -1, -2}}) {
+        const TraceLog log = traceAt(Trace::Flow | Trace::Detail | Trace::Error, [&] {
+            EXPECT_EQ(DOV0_ComputeCheckSum(negative.data, negative.size, 1), 0);
+        });
         EXPECT_EQ(
-            log, (TraceLog{
-                     entry(Function),
-                     input(data, negative.size, negative.bufferSize, negative.longWords, negative.shortWords),
-                     entry("DOV0_GetStorage"),
-                     message("DOV0_GetStorage", "*****Invalid get storage size %d\n", negative.bufferSize),
-                     leave("DOV0_GetStorage", nullptr),
-                     message(Function, "****Error: Unable to allocate checksum buffer for length %d\n",
-                             negative.bufferSize),
-                     leave(Function, intptr_t{0})}));
+            log,
+            (TraceLog{entry(Function),
+                      input(negative.data, negative.size, negative.bufferSize, negative.longWords,
+                            negative.shortWords),
+                      entry("DOV0_GetStorage"),
+                      message("DOV0_GetStorage", "*****Invalid get storage size %d\n", negative.bufferSize),
+                      leave("DOV0_GetStorage", nullptr),
+                      message(Function, "****Error: Unable to allocate checksum buffer for length %d\n",
+                              negative.bufferSize),
+                      leave(Function, intptr_t{0})}));
     }
 }
 

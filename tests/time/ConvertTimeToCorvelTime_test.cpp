@@ -122,6 +122,52 @@ TEST(ConvertTimeToCorvelTime, UsesTheTimeZoneThatTzNamesAtTheCall)
     EXPECT_EQ(timestampOf(winter), terminated("1250101050015000"));
 }
 
+TEST(ConvertTimeToCorvelTime, IsNotMisledByATimeZoneThatTheProcessUsedMeanwhile)
+{
+    const auto useElsewhere = [](const char *back) {
+        setTimeZone("XST-9");
+        tzset();
+        back != nullptr ? setTimeZone(back) : static_cast<void>(unsetenv("TZ"));
+    };
+    const time_t when = utc(2024, 7, 1, 12, 30, 15);
+    for (const char *const own : {"UTC0", static_cast<const char *>(nullptr)}) {
+        useElsewhere(own);
+        const time_t other = when + 1;
+        const tm expected = *std::localtime(&other);
+        useElsewhere(own);
+        const std::string first = timestampOf(when);
+        useElsewhere(own);
+        const std::string second = timestampOf(other);
+        char hour[3];
+        std::snprintf(hour, sizeof hour, "%02d", expected.tm_hour);
+        EXPECT_EQ(first.substr(7, 2), hour);
+        EXPECT_EQ(second.substr(7, 2), hour);
+    }
+}
+
+TEST(ConvertTimeToCorvelTime, AsksAboutTheSameTimeAgainWithinASecondInTheSystemsZoneOnly)
+{
+    static int asked;
+    setLocalTime([](const time_t *, tm *fields) {
+        *fields = {};
+        fields->tm_sec = asked++ % 60;
+        return fields;
+    });
+    unsetenv("TZ");
+    for (int i = 0; i < 100; ++i) {
+        timestampOf(1000);
+    }
+    EXPECT_LT(asked, 50);
+    asked = 0;
+    timestampOf(1001);
+    EXPECT_EQ(asked, 1);
+    setTimeZone("UTC0");
+    asked = 0;
+    for (int i = 0; i < 10; ++i) {
+        EXPECT_EQ(timestampOf(1001).substr(11, 2), "0" + std::to_string(i));
+    }
+}
+
 TEST(ConvertTimeToCorvelTime, NumbersTheTimestampsOfOneSecond)
 {
     setTimeZone("UTC0");

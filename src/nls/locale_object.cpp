@@ -20,9 +20,10 @@ struct LanguageGroup {
 
 // Languages in the script they are written in when their locale names none.
 constexpr LanguageGroup LanguageGroups[] = {
-    {1252, " af br ca co cy da de en es eu fi fil fo fr fy ga gd gl gsw id ig is it kl lb mi moh ms nb nl nn "
+    {1252, " af arn br ca co cy da de en es eu fi fil fo fr fy ga gd gl gsw ha id ig is it kl lb mi moh ms "
+           "nb nl nn "
            "no nso oc "
-           "pt qu quc quz rm rw se sma smj smn sms st sv sw tn wo xh yo zu "},
+           "pt qu quc quz rm rw se sma smj smn sms st sv sw tn tzm wo xh yo zu "},
     {1250, " bs cs dsb hr hsb hu pl ro sk sl sq tk "},
     {CyrillicCodepage, " ba be bg kk ky mk mn ru sah sr tg tt uk "},
     {1253, " el "},
@@ -46,6 +47,7 @@ struct ScriptException {
 constexpr ScriptException ScriptExceptions[] = {
     {"az", "Cyrl", CyrillicCodepage},
     {"bs", "Cyrl", CyrillicCodepage},
+    {"iu", "Latn", 1252},
     {"ku", "Arab", ArabicCodepage},
     {"pa", "Arab", ArabicCodepage},
     {"sr", "Latn", 1250},

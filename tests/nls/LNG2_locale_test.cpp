@@ -99,7 +99,7 @@ TEST(LNG2_GetThreadLocale, ComesWithTheCodePageOfItsLanguage)
                     {"ar_EG", 0x0C01, 1256},   {"et_EE", 0x0425, 1257},       {"vi_VN", 0x042A, 1258},
                     {"th_TH", 0x041E, 874},    {"ja_JP", 0x0411, 932},        {"ko_KR", 0x0412, 949},
                     {"zh_CN", 0x0804, 936},    {"zh_TW", 0x0404, 950},        {"zh_Hans_HK", 0x0804, 936},
-                    {"hi_IN", 0x0439, 1208}};
+                    {"ha_NG", 0x0068, 1252},   {"iu_Latn_CA", 0x085D, 1252},  {"hi_IN", 0x0439, 1208}};
     for (const auto &locale : expected) {
         setDefaultLocale(locale.name);
         const Seen seen = threadLocale();

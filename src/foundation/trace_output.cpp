@@ -71,14 +71,12 @@ void TraceOutput::write(const char *text, size_t length) noexcept
         if (written > 0) {
             text += written;
             length -= static_cast<size_t>(written);
-        } else if (written == 0) { // as some devices do when they are full
-            return;
-        } else if (errno == EAGAIN) {
+        } else if (written < 0 && errno == EAGAIN) {
             pollfd waiting = {descriptor, POLLOUT, 0};
             if (poll(&waiting, 1, PatienceInMilliseconds) <= 0) {
                 return;
             }
-        } else if (errno != EINTR) {
+        } else if (written == 0 || errno != EINTR) { // a full device may take nothing without an error
             return;
         }
     }

@@ -37,7 +37,7 @@ extern "C" int32_t DOV0_ComputeCheckSum(const void *data, int32_t size, int32_t 
         return frame.leave<int32_t>(0);
     }
     void *buffer = DOV0_GetStorage(bufferSize);
-    if (buffer == nullptr) {
+    if (buffer == nullptr || bufferSize < 0) { // no block has a negative size
         TRACE(frame, Trace::Error, "****Error: Unable to allocate checksum buffer for length %d\n",
               bufferSize);
         return frame.leave<int32_t>(0);

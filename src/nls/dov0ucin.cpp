@@ -18,7 +18,9 @@ extern "C" void DOV0_UTF8ConverterInitialization(void * /*ignored*/) noexcept
     {
         // A direct call may come when the converter is in use already.
         const LockHolder holder(ThisConverterUseLock);
-        ucnv_close(UTF8_Converter);
+        if (UTF8_Converter != nullptr) {
+            ucnv_close(UTF8_Converter);
+        }
         UTF8_Converter = opened;
     }
     TRACE(frame, Trace::Detail, "*INFO: Standard code converter created\n");

@@ -358,10 +358,9 @@ bool checkProduct(const Frame &frame) noexcept
         TRACE(frame, Trace::Configuration, "*****Error: Product Code not specified\n");
         return false;
     }
+    char copyOfNo[] = "N"; // a shared constant is not written to
     char *productCode = ownedProductSpecValue(DOV0_PSF_PRODUCT_CODE);
-    if (productCode != nullptr) { // the shared "N" is upper case as it is
-        DOV0_ConvertStringToUpper(productCode, 0);
-    }
+    DOV0_ConvertStringToUpper(productCode != nullptr ? productCode : copyOfNo, 0);
     if (!isAgent() && !hasRequiredValues()) {
         TRACE(frame, Trace::Configuration,
               "*****Required product specifications not defined for non-OA product.\n");

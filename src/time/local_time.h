@@ -4,8 +4,7 @@
 
 #include <ctime>
 
-// Breaks a time into local time by localtime, and tells whether that can be done: a year must fit into an int. A change
-// of TZ counts at once, one of the system's time zone file within a second.
+// Breaks a time into local time by localtime, and tells whether that can be done: a year must fit into an int.
 bool breakIntoLocalTime(time_t when, tm &fields) noexcept;
 
 #endif

@@ -261,6 +261,16 @@ TEST(InitializeProductSpec, NestsTheServicesThatItUses)
     EXPECT_EQ(entries, expected);
 }
 
+TEST(InitializeProductSpec, ConvertsTheProductCodeWhateverItHolds)
+{
+    for (const char *const record : {"PRODUCT_CODE=NO", "PRODUCT_CODE=xy"}) {
+        const ProductSpecFile file({record});
+        const TraceLog log =
+            traceAt(Trace::Flow, [] { initialize(); }); // fails, as other keywords are required
+        EXPECT_EQ(std::count(log.begin(), log.end(), entry("DOV0_ConvertStringToUpper")), 2) << record;
+    }
+}
+
 TEST(InitializeProductSpec, DoesNothingASecondTime)
 {
     ASSERT_EQ(initialize(nullptr, 1), 1);

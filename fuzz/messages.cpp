@@ -53,7 +53,8 @@ Outcome formattedByModel(const Parameters &parameters, std::u16string &text)
             if (first == std::u16string::npos) {
                 return Outcome::Refused;
             }
-            const bool isNumber = name[first] >= u'0' && name[first] <= u'9';
+            const size_t digits = name.find_first_not_of(u"0123456789", first);
+            const bool isNumber = std::min(digits, name.size()) == last + 1; // ICU takes "0x" for a name
             if (isNumber && (first != last || name[first] >= u'0' + ParameterCount)) {
                 return Outcome::Refused;
             }

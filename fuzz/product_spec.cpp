@@ -119,12 +119,19 @@ void update(FuzzInput &input, ProductSpecModel &model)
     const std::string text = input.take(static_cast<size_t>(input.number(0, 20))).c_str();
     const ExactBuffer newValue = ExactBuffer::ofText(text);
     const int32_t result = DOV0_UpdateProductSpec(index, isNull ? nullptr : newValue.text());
-    if (model.initialized == 0 || isNull || index < 0 || index > 48 || takeStorageFailure()) {
+    if (model.initialized == 0 || isNull || index < 0 || index > 48) {
         MUST_EQUAL(result, 0);
         return;
     }
-    MUST_EQUAL(result, 1);
     const auto held = model.values.find(index);
+    if (takeStorageFailure()) {
+        MUST_EQUAL(result, 0);
+        if (held != model.values.end() && !held->second.isConstant) {
+            model.values.erase(held); // the old text was freed before
+        }
+        return;
+    }
+    MUST_EQUAL(result, 1);
     if (text[0] == 'N' && unsetWhenOff(index)) {
         model.values.erase(index);
     } else if (held != model.values.end() && held->second.isConstant) {

@@ -96,7 +96,8 @@ typedef struct TRC1_EntryBlock {
  *   entries for the same the later wins. Levels are names joined by "+" (detail, storage, dump, state,
  *   flow, error, config, all, none) or one number, decimal or with 0x. Unset or empty: nothing is traced.
  *   A malformed piece is named once on the trace output; the rest of the list is used.
- * - DOV_TRACE_FILE: the file to append to, opened close-on-exec; unset or empty: standard error.
+ * - DOV_TRACE_FILE: the file to append to, opened close-on-exec; unset or empty: standard error. While DOV_TRACE is unset
+ *   it is opened for the first message only, so that a process that traces nothing leaves no file.
  * - DOV_TRACE_LIMIT: bound of that file in megabytes (2^20 bytes), a whole number above 0. The message that
  * would pass it is preceded by renaming the file with ".1" behind it and beginning it again. Unset: no bound.
  *

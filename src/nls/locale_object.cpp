@@ -21,9 +21,7 @@ struct LanguageGroup {
 // Languages in the script they are written in when their locale names none.
 constexpr LanguageGroup LanguageGroups[] = {
     {1252, " af arn br ca co cy da de en es eu fi fil fo fr fy ga gd gl gsw ha id ig is it kl lb mi moh ms "
-           "nb nl nn "
-           "no nso oc "
-           "pt qu quc quz rm rw se sma smj smn sms st sv sw tn tzm wo xh yo zu "},
+           "nb nl nn no nso oc pt qu quc quz rm rw se sma smj smn sms st sv sw tn tzm wo xh yo zu "},
     {1250, " bs cs dsb hr hsb hu pl ro sk sl sq tk "},
     {CyrillicCodepage, " ba be bg kk ky mk mn ru sah sr tg tt uk "},
     {1253, " el "},

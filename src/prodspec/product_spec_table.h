@@ -49,7 +49,8 @@ char *ownedProductSpecValue(int32_t index) noexcept;
 void setProductSpecValue(int32_t index, const char *value) noexcept;
 
 // Frees the text that the table owned for a keyword and sets it to a copy of another, in this order; a text that is a
-// part of the old one is copied first. Without storage the keyword is unset then, and the result is false.
+// part of the old one is copied first. Without storage the result is false: what was freed is then missing, anything else is as
+// it was.
 bool copyProductSpecValue(int32_t index, const char *text) noexcept;
 
 // A block of working storage for a text of so many bytes, its terminator not counted; null without storage.

@@ -48,14 +48,12 @@ void renameWithSuffix(const char *fileName) noexcept
 bool TraceOutput::open(const char *fileName) noexcept
 {
     if (fileName == nullptr || fileName[0] == '\0') {
-        close();
         return true;
     }
     const int opened = openToAppend(fileName); // which refuses names that are too long for ours
     if (opened < 0) {
         return false;
     }
-    close();
     descriptor = opened;
     std::snprintf(name, sizeof name, "%s", fileName);
     return true;

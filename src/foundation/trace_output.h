@@ -10,8 +10,8 @@ class TraceOutput {
 public:
     constexpr TraceOutput() noexcept = default;
 
-    // Opens a file to append to, or takes standard error for a null or empty name. On failure nothing
-    // changes, errno says why, and the result is false.
+    // For an output that is standard error yet: opens a file to append to, or leaves it so for a null or empty
+    // name. On failure nothing changes, errno says why, and the result is false.
     bool open(const char *fileName) noexcept;
 
     // Bound of the file in bytes; 0 for none.

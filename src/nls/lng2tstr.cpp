@@ -6,7 +6,7 @@ namespace {
 
 constexpr int32_t PivotUnits = 1024;
 
-// Returns the bytes stored. The result is terminated where there is room.
+// Returns the bytes stored. ICU terminates the result where there is room.
 int32_t translate(UConverter *target, char *output, int32_t outputCapacity, UConverter *source,
                   const char *input, int32_t inputLength, int32_t &inputConsumed, UErrorCode &error)
 {
@@ -32,9 +32,6 @@ int32_t translate(UConverter *target, char *output, int32_t outputCapacity, UCon
         } else {
             error = U_BUFFER_OVERFLOW_ERROR;
         }
-    }
-    if (to < output + outputCapacity) {
-        *to = '\0';
     }
     return static_cast<int32_t>(to - output);
 }

@@ -21,8 +21,8 @@ char printable(int32_t c) noexcept
 
 // One line of the dump while it is being filled.
 struct DumpLine {
-    char hexadecimal[3 * BytesPerLine + 1] = {};
-    char characters[BytesPerLine + 1] = {};
+    char hexadecimal[3 * BytesPerLine] = {}; // terminated only where not full
+    char characters[BytesPerLine] = {};
     size_t filled = 0;
 
     void add(unsigned char byte) noexcept

@@ -147,6 +147,10 @@ TEST(ConvertUTF8CommandToDOS, TracesAConversion)
         from("DOV0_CheckSystemCommandCodepage", traceAt(Trace::Flow, call)),
         (TraceLog{entry("DOV0_CheckSystemCommandCodepage"), leave("DOV0_CheckSystemCommandCodepage", 737)}));
     EXPECT_EQ(from("DOV0_FreeStorage", traceAt(Trace::Flow, call)).size(), 2U);
+    log = from("DOV0_GetStorage", traceAt(Trace::Detail, call));
+    ASSERT_FALSE(log.empty());
+    EXPECT_EQ(log[0], message("DOV0_GetStorage", "Allocated storage at address @%p size %d\n",
+                              static_cast<const void *>(buffer), 3));
 }
 
 TEST(ConvertUTF8CommandToDOS, UsesACommandThatEndsInABlankAsItIs)

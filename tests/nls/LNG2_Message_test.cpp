@@ -325,6 +325,28 @@ TEST(LNG2_Message, ReportsAMissingBundle)
     EXPECT_EQ(bitsThatShow(complaint, [] { text(6, 1); }), Trace::Error);
 }
 
+// A host's own language support may say by either of the two that there is no bundle.
+TEST(LNG2_Message, TakesNoBundleAndAFailedStatusForAFailure)
+{
+    const Catalogue catalogue("DOVPV1 { \"x\" }");
+    EXPECT_EQ(text(6, 1), "x");
+    for (const int32_t reported : {0, 2}) {
+        languageStandIn().openedResource = [&](LNG2_ResourceBundle *bundle, int32_t *status) {
+            LNG2_ResourceClose(bundle);
+            *status = reported;
+            return reported == 0 ? nullptr : bundle;
+        };
+        std::string output = "as it was";
+        testing::internal::CaptureStdout();
+        const TraceLog log = traceOf(Function, Trace::Error, [&] { output = text(6, 1); });
+        EXPECT_NE(testing::internal::GetCapturedStdout(), "");
+        EXPECT_EQ(output, "");
+        EXPECT_EQ(
+            log, (TraceLog{says("Could not find any dovpmsg resource bundles in directory %s.  Error <%s> \n",
+                                catalogue.path().c_str(), u_errorName(static_cast<UErrorCode>(reported)))}));
+    }
+}
+
 TEST(LNG2_Message, ReportsBundlesThatCannotBeUsed)
 {
     const MessageFolder messages;

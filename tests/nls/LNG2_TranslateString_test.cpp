@@ -2,6 +2,7 @@
 #include "support/guarded_buffer.h"
 #include "support/heap_faults.h"
 
+#include <algorithm>
 #include <atomic>
 #include <gtest/gtest.h>
 #include <iconv.h>
@@ -9,6 +10,7 @@
 #include <string>
 #include <thread>
 #include <unicode/ucnv.h>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -30,8 +32,8 @@ Translation translated(int32_t target, int32_t source, const std::string &input,
         LNG2_TranslateString(target, to.text(), capacity, source, from.text(),
                              static_cast<int32_t>(input.size()), &result.consumed, 0, &result.status);
     result.text.assign(to.text(), static_cast<size_t>(length));
-    if (length < capacity) {
-        EXPECT_EQ(to.bytes()[length], result.status == 0 ? 0 : to.bytes()[length]);
+    if (result.status == 0 && length < capacity) {
+        EXPECT_EQ(to.bytes()[length], 0) << "the result is terminated where there is room";
     }
     return result;
 }
@@ -200,6 +202,37 @@ TEST(LNG2_TranslateString, OpensAConverterOnlyOnce)
     }
     EXPECT_FALSE(opened);
     EXPECT_EQ(convertersOpen(), open);
+}
+
+TEST(LNG2_TranslateString, KeepsABoundedNumberOfConverters)
+{
+    constexpr int LargestPool = 64;
+    std::vector<int32_t> codepages;
+    for (int32_t codepage = 1; codepage < 65536 && codepages.size() < LargestPool + 6; ++codepage) {
+        if (codepage != 1208 && translated(1208, codepage, "x").status == 0) {
+            codepages.push_back(codepage);
+            const int kept = static_cast<int>(codepages.size()) + 1; // and that of UTF-8
+            EXPECT_EQ(convertersOpen(), std::min(kept, LargestPool)) << codepage;
+        }
+    }
+    ASSERT_EQ(codepages.size(), LargestPool + 6U);
+    // One that found no room is closed, and nothing of it is kept; one that found room is used again.
+    for (const auto &[codepage, opened] : {std::pair{codepages.back(), 1}, std::pair{codepages.front(), 0}}) {
+        int openings = 0;
+        languageStandIn().openConverter = [&](const std::string &) {
+            ++openings;
+            return U_ZERO_ERROR;
+        };
+        char output[8] = "";
+        int32_t status = -1;
+        EXPECT_EQ(heapBlocksKeptBy([&, from = codepage] {
+                      LNG2_TranslateString(1208, output, 8, from, "xx", 2, nullptr, 0, &status);
+                  }),
+                  0);
+        EXPECT_EQ(status, 0);
+        EXPECT_EQ(openings, opened);
+        EXPECT_EQ(convertersOpen(), LargestPool);
+    }
 }
 
 TEST(LNG2_TranslateString, FailsCleanlyWithoutStorage)

@@ -127,9 +127,10 @@ int32_t LNG2_TranslateString(int32_t targetCodepage, char *output, int32_t outpu
 LNG2_ResourceBundle *LNG2_ResourceOpen(const char *bundlePath, LNG2_Locale *locale, int32_t *status)
 {
     static const auto real = REAL(LNG2_ResourceOpen);
+    const LanguageStandIn &standIn = languageStandIn();
     givenBundle = real(bundlePath, locale, status);
     outBundles += givenBundle != nullptr ? 1 : 0;
-    return givenBundle;
+    return standIn.openedResource ? standIn.openedResource(givenBundle, status) : givenBundle;
 }
 
 void LNG2_ResourceClose(LNG2_ResourceBundle *bundle)

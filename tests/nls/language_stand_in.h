@@ -12,6 +12,7 @@
 struct LanguageStandIn {
     std::function<LNG2_Locale *(int32_t *status)> getLocale;
     std::function<LNG2_Locale *(int32_t *status)> getThreadLocale;
+    std::function<LNG2_ResourceBundle *(LNG2_ResourceBundle *opened, int32_t *status)> openedResource;
     std::function<int32_t(const char *converterName, int32_t *status)> getCodepageId;
     std::function<int32_t(int32_t codepage, char *name, int32_t nameSize)> getCodepageName;
     std::function<int32_t(int32_t target, char *output, int32_t capacity, int32_t source, const char *input,

@@ -82,6 +82,7 @@ TEST(Replacement, OfTheThreadIdentityIsAskedAtEachCall)
     EXPECT_STREQ(DOV0_strtok(nullptr, ","), "b");
     threadNumber = 2;
     EXPECT_STREQ(DOV0_strtok(nullptr, ","), "d");
+    EXPECT_EQ(locksInitialized, 1) << "the lock of the slots is taken only after that";
 }
 
 TEST(Replacement, OfTheClockIsUsed)

@@ -105,7 +105,7 @@ TEST(TraceLevels, RefuseMalformedLists)
 {
     for (const char *list : {",", "error,", ",error", "error,,flow", "errors", "error+", "+error",
                              "error++flow", "a=b=c", "dov0gsto=", "=", "dov0 gsto=error", "dov0*=error",
-                             "DOV0_GetStorage:error", "error;flow", "Error", "\xC3\xA4=error"}) {
+                             "DOV0_GetStorage:error", "*=error", "error;flow", "Error", "\xC3\xA4=error"}) {
         EXPECT_EQ(levelAfter(list), -1) << list;
     }
 }

@@ -33,12 +33,17 @@ void unlockFacility() noexcept
 // Megabytes as an operator writes them: digits only, above 0, and few enough to count bytes in 64 bits.
 bool readMegabytes(const char *text, uint64_t &bytes) noexcept
 {
+    constexpr uint64_t Most = UINT64_MAX / Megabyte;
     uint64_t megabytes = 0;
     for (const char *digit = text; *digit != '\0'; ++digit) {
-        if (*digit < '0' || *digit > '9' || megabytes > UINT64_MAX / Megabyte / 10 - 1) {
+        if (*digit < '0' || *digit > '9') {
             return false;
         }
-        megabytes = megabytes * 10 + static_cast<uint64_t>(*digit - '0');
+        megabytes = megabytes * 10 +
+                    static_cast<uint64_t>(*digit - '0'); // of one digit more than it may have, at most
+        if (megabytes > Most) {
+            return false;
+        }
     }
     bytes = megabytes * Megabyte;
     return megabytes > 0;

@@ -63,7 +63,7 @@ int32_t languageIdOf(const char *localeName) noexcept
 {
     char language[PartSize] = "";
     UErrorCode error = U_ZERO_ERROR;
-    uloc_getLanguage(localeName, language, PartSize, &error);
+    uloc_getLanguage(localeName, language, PartSize - 1, &error);
     if (std::strcmp(language, "el") == 0) {
         return LNG2_LANGUAGE_GREEK;
     }

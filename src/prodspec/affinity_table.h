@@ -8,9 +8,9 @@
 
 // A row of the table.
 struct AffinityRow {
-    const char *name;      // null or empty ends the table
-    const char *string;    // AffinityStringLength characters: what the management server knows the product by
-    uintptr_t reserved[2]; // 0
+    const char *name;   // null or empty ends the table
+    const char *string; // AffinityStringLength characters: what the management server knows the product by
+    uintptr_t reserved[2] = {};
 };
 
 constexpr size_t AffinityStringLength = 43;

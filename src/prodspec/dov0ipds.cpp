@@ -78,7 +78,7 @@ bool takeRecord(const Frame &frame, char *record, const char *fileName) noexcept
     *equalSign = '\0';
     DOV0_ConvertStringToUpper(keyword, 0); // null for an empty keyword, hence the text itself below
     const int32_t index = findKeyword(keyword);
-    if (index < 0) {
+    if (index == NoKeyword) {
         TRACE(frame, Trace::Configuration, "*****Unrecognized product specification keyword %s. Ignored\n",
               keyword);
         return true;
@@ -234,7 +234,6 @@ bool checkAffinityFeatures(const Frame &frame) noexcept
 bool resolveAgentAffinity(const Frame &frame) noexcept
 {
     const char *name = productSpecValue(DOV0_PSF_AGENT_AFF_NAME);
-    setProductSpecValue(DOV0_PSF_AGENT_AFF_STRING, nullptr);
     for (int32_t row = 0; isSet(map[row].name); ++row) {
         TRACE(frame, Trace::Detail, "Comparing affinity #%d <%s> against <%s>\n", row, map[row].name, name);
         if (std::strcmp(map[row].name, name) == 0) {
@@ -248,7 +247,6 @@ bool resolveAgentAffinity(const Frame &frame) noexcept
 bool resolveSubnodeAffinity(const Frame &frame) noexcept
 {
     const char *name = productSpecValue(DOV0_PSF_SUBNODE_AFF_NAME);
-    setProductSpecValue(DOV0_PSF_SUBNODE_AFF_STRING, nullptr);
     for (int32_t row = 0; isSet(map[row].name); ++row) {
         TRACE(frame, Trace::Detail, "Comparing subnode affinity #%d <%s> against <%s>\n", row, map[row].name,
               name);

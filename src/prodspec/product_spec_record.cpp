@@ -53,7 +53,7 @@ int32_t findKeyword(const char *keyword) noexcept
             return index;
         }
     }
-    return -1;
+    return NoKeyword;
 }
 
 int32_t findDPtype(const char *code) noexcept

@@ -23,7 +23,10 @@ char *skipBlanks(char *text) noexcept;
 // Whether the first word of a value is "NO" or "N", in any case.
 bool meansNo(const char *value) noexcept;
 
-// The index of a keyword in upper case, or -1.
+// What no keyword has for an index.
+constexpr int32_t NoKeyword = -1;
+
+// The index of a keyword in upper case, or NoKeyword.
 int32_t findKeyword(const char *keyword) noexcept;
 
 // The type of a data provider by its code in upper case, or -1.

@@ -175,6 +175,13 @@ TEST_F(ConditionTimedWait, TracesTheWaitAsADetail)
               TraceLog{});
 }
 
+TEST_F(ConditionTimedWait, ReportsNothingWhenSignalled)
+{
+    const SystemFault noWait("pthread_cond_timedwait", 0, 41);
+    EXPECT_EQ(traceAt(Trace::All, [&] { EXPECT_EQ(DOV0_ConditionTimedWait(&condVar, &mutex, 1), 0); }),
+              (TraceLog{entry(Function), announcement(1), leave(Function, intptr_t{0})}));
+}
+
 TEST_F(ConditionTimedWait, ReportsANegativeResult)
 {
     const SystemFault fault("pthread_cond_timedwait", -3, 41);

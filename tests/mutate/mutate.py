@@ -6,8 +6,9 @@
 A sample of mutants is drawn from every family: a comparison turned or moved by one, a logical operator, a constant plus
 or minus one, a deleted statement, two swapped arguments, another trace bit, another letter in a text. Each is made in
 a copy of the tree under build/mutate, where only the changed file is compiled and the library is linked again. Then the tests
-of its function run, and if they pass, those of its family. A mutant that does not compile, or whose machine code is the
-same, is dropped and another one drawn in its place.
+of its function run, and if they pass, those of its family, and if these pass too, the same once more under the address and
+undefined-behaviour sanitizers. A mutant that does not compile, or whose machine code is the same, is dropped and another
+one drawn in its place.
 
 Survivors that cannot be told from the original are listed in equivalent.txt with the reason; any other survivor
 makes the exit status 1. --replay runs the survivors of an earlier report again.
@@ -16,6 +17,7 @@ import argparse
 import collections
 import hashlib
 import json
+import os
 import pathlib
 import random
 import re
@@ -26,6 +28,7 @@ import time
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 TREE = ROOT / "build/mutate/tree"
 BUILD = ROOT / "build/mutate/build"
+SANITIZED_BUILD = ROOT / "build/mutate/sanitized"
 EQUIVALENT = pathlib.Path(__file__).with_name("equivalent.txt")
 FAMILIES = ["foundation", "prodspec", "time", "text", "ber", "nls", "net"]
 TRACE_BITS = ["Detail", "Storage", "Dump", "State", "Flow", "Error", "Configuration"]
@@ -97,10 +100,11 @@ def mutants_of_line(line):
     if re.fullmatch(r"\s+(?!return|break|continue|case|const |auto |goto|delete|using )[\w.>:*()\[\]+-]+"
                     r"(\(.*\)| [-+|&^*/%<>]*= .*|\+\+|--);", code.rstrip()) or re.fullmatch(r"\s+(\+\+|--)[\w.>-]+;", code.rstrip()):
         yield "deletion", re.match(r"\s*", line)[0] + ";"
-    # Whether two texts are the same does not depend on their order.
-    symmetrical = [match.span() for match in re.finditer(r"\bstrcmp\([^()]*\) [!=]= 0", code)]
+    # Whether two texts are the same, and what is exchanged, does not depend on the order.
+    symmetrical = [match.span() for match in re.finditer(r"\bstrn?cmp\([^()]*\) [!=]= 0|\bswap\([^()]*\)", code)]
+    is_declaration = re.fullmatch(r"\s*\w+ \w+(, \w+)+;", code.rstrip())
     for match in re.finditer(r"(?<=[(,])( ?)([\w.\->]+), ([\w.\->]+)(?=[,)])", code):
-        if any(start <= match.start() < end for start, end in symmetrical):
+        if is_declaration or any(start <= match.start() < end for start, end in symmetrical):
             continue
         yield "arguments", line[:match.start(2)] + match[3] + ", " + match[2] + line[match.end(3):]
     for match in re.finditer(r"Trace::(\w+)", code):
@@ -161,13 +165,14 @@ def prepare():
     archive = subprocess.Popen(["tar", "cf", "-", "--ignore-failed-read", *[f for f in files if f]], cwd=ROOT,
                                stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
     subprocess.run(["tar", "xf", "-", "-m"], cwd=TREE, stdin=archive.stdout, check=True)
-    for command in (["cmake", "-S", TREE, "-B", BUILD, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Debug",
-                     "-DCMAKE_CXX_FLAGS=-O1 -g0", "-DBUILD_TESTING=ON", "-DDOV0_BUILD_TOOLS=ON",
-                     "-DDOV0_BUILD_EXAMPLES=ON", "-DDOV0_BUILD_MESSAGES=ON"],
-                    ["cmake", "--build", BUILD, "--parallel", "2"]):
-        result = run(*command)
-        if result.returncode != 0:
-            sys.exit(result.stdout)
+    for build, sanitizers in ((BUILD, ""), (SANITIZED_BUILD, "address,undefined")):
+        for command in (["cmake", "-S", TREE, "-B", build, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Debug",
+                         "-DCMAKE_CXX_FLAGS=-O1 -g0", "-DDOV0_SANITIZERS=" + sanitizers, "-DBUILD_TESTING=ON",
+                         "-DDOV0_BUILD_TOOLS=ON", "-DDOV0_BUILD_EXAMPLES=ON", "-DDOV0_BUILD_MESSAGES=ON"],
+                        ["cmake", "--build", build, "--parallel", "2"]):
+            result = run(*command)
+            if result.returncode != 0:
+                sys.exit(result.stdout)
 
 
 def library_hash():
@@ -177,11 +182,22 @@ def library_hash():
     return hashlib.sha256(dump.stdout).hexdigest()
 
 
-def passes(*selection):
-    result = run("ctest", "--test-dir", BUILD, "-j", "3", "--stop-on-failure", "--timeout", TEST_SECONDS,
-                 "--no-tests=error", "-LE", "library", *selection)
+def passes(build, *selection):
+    result = run("ctest", "--test-dir", build, "-j", "3", "--stop-on-failure", "--timeout", TEST_SECONDS,
+                 "--no-tests=error", "-LE", "library", *selection,
+                 env={**os.environ, "ASAN_OPTIONS": "detect_leaks=1:allocator_may_return_null=1:"
+                                                    "detect_stack_use_after_return=1:strict_string_checks=1"})
     failed = re.search(r"\d+ - (\S+) \(", result.stdout)
     return result.returncode == 0, failed[1] if failed else ""
+
+
+def labels_of(file):
+    family = file.split("/")[1]
+    return "^(" + FILE_LABELS.get(file, FAMILY_LABELS.get(family, family + "_tests")) + ")$"
+
+
+def compiles(build):
+    return run("cmake", "--build", build, "--parallel", "2", "--target", "dov0610").returncode == 0
 
 
 def try_mutant(mutant, patterns, original):
@@ -194,19 +210,21 @@ def try_mutant(mutant, patterns, original):
     lines[mutant.line] = mutant.after
     target.write_text("\n".join(lines))
     try:
-        built = run("cmake", "--build", BUILD, "--parallel", "2", "--target", "dov0610")
-        if built.returncode != 0:
+        if not compiles(BUILD):
             return "dropped", "does not compile"
         if library_hash() == original:
             return "dropped", "same machine code"
-        family = mutant.file.split("/")[1]
         if mutant.file in patterns:
-            passed, killer = passes("-R", patterns[mutant.file])
+            passed, killer = passes(BUILD, "-R", patterns[mutant.file])
             if not passed:
                 return "killed", killer
-        labels = FILE_LABELS.get(mutant.file, FAMILY_LABELS.get(family, family + "_tests"))
-        passed, killer = passes("-L", f"^({labels})$")
-        return ("survived", "") if passed else ("killed", killer)
+        passed, killer = passes(BUILD, "-L", labels_of(mutant.file))
+        if not passed:
+            return "killed", killer
+        if not compiles(SANITIZED_BUILD):
+            return "dropped", "does not compile with the sanitizers"
+        passed, killer = passes(SANITIZED_BUILD, "-L", labels_of(mutant.file))
+        return ("survived", "") if passed else ("killed", killer + ", sanitized")
     finally:
         target.write_text(text)
 
@@ -237,10 +255,11 @@ def main():
 
     prepare()
     original = library_hash()
-    for family in FAMILIES:
-        passed, killer = passes("-L", "^(" + FAMILY_LABELS.get(family, family + "_tests") + ")$")
-        if not passed:
-            sys.exit(f"the tests of {family} fail without any change: {killer}")
+    for build in (BUILD, SANITIZED_BUILD):
+        for family in FAMILIES:
+            passed, killer = passes(build, "-L", labels_of(f"src/{family}/"))
+            if not passed:
+                sys.exit(f"the tests of {family} in {build.name} fail without any change: {killer}")
     patterns, listed, results = suites(), equivalents(), []
     if options.replay:
         earlier = [entry for entry in json.loads(pathlib.Path(options.replay).read_text())

@@ -80,6 +80,8 @@ TEST(LNG2_GetCodepageId, RefusesUnknownNames)
     EXPECT_EQ(status, U_ILLEGAL_ARGUMENT_ERROR);
     EXPECT_EQ(LNG2_GetCodepageId("HZ", &status), 0); // known, but without a number
     EXPECT_EQ(status, U_UNSUPPORTED_ERROR);
+    EXPECT_EQ(LNG2_GetCodepageId("ibm-1047-s390", &status), 0); // 1047 has other line ends
+    EXPECT_EQ(status, U_UNSUPPORTED_ERROR);
 }
 
 TEST(LNG2_GetCodepageName, GivesTheNamesInUse)

@@ -4,8 +4,10 @@
 #include <clocale>
 #include <cstdio>
 #include <gtest/gtest.h>
+#include <sstream>
 #include <thread>
 #include <unicode/uloc.h>
+#include <utility>
 
 namespace {
 
@@ -108,6 +110,49 @@ TEST(LNG2_GetThreadLocale, ComesWithTheCodePageOfItsLanguage)
         if (std::string(locale.name) != "zh_Hans_HK") {
             EXPECT_EQ(seen.languageId, locale.languageId) << locale.name;
         }
+    }
+}
+
+// The code pages of Windows for text that is not Unicode, by language and, where that decides, by script or country.
+TEST(LNG2_GetThreadLocale, ComesWithTheCodePageOfEveryLanguage)
+{
+    const std::pair<int32_t, const char *> expected[] = {
+        {1252, "af arn br ca co cy da de en es eu fi fil fo fr fy ga gd gl gsw ha id ig is it iu_Latn kl lb "
+               "mi moh ms nb "
+               "nl nn no nso oc pt qu quc quz rm rw se sma smj smn sms st sv sw tn tzm wo xh yo zu"},
+        {1250, "bs cs dsb hr hsb hu pl ro sk sl sq tk sr_Latn"},
+        {1251, "ba be bg kk ky mk mn ru sah sr tg tt uk az_Cyrl bs_Cyrl uz_Cyrl"},
+        {1253, "el"},
+        {1254, "az tr uz tg_Latn"},
+        {1255, "he yi"},
+        {1256, "ar fa prs ps sd ug ur ku_Arab pa_Arab"},
+        {1257, "et lt lv"},
+        {1258, "vi"},
+        {874, "th"},
+        {932, "ja"},
+        {936, "zh zh_CN zh_SG zh_Hans zh_Hans_HK zh_Hans_TW zh_Hans_MO"},
+        {950, "zh_TW zh_HK zh_MO zh_Hant zh_Hant_CN"},
+        {949, "ko"},
+        {1208, "hi am ka iu ku pa xx e enx"},
+    };
+    for (const auto &[codepage, locales] : expected) {
+        std::istringstream names(locales);
+        for (std::string name; names >> name;) {
+            setDefaultLocale(name.c_str());
+            EXPECT_EQ(threadLocale().codepage, codepage) << name;
+        }
+    }
+}
+
+TEST(LNG2_GetThreadLocale, HasNoCodePageForALanguageOfAnyLength)
+{
+    for (size_t length = 9; length < 80; ++length) {
+        const std::string name(length, 'e');
+        UErrorCode error = U_ZERO_ERROR;
+        uloc_setDefault(name.c_str(), &error);
+        const Seen seen = threadLocale();
+        EXPECT_EQ(seen.codepage, 1208) << length;
+        EXPECT_EQ(seen.name, uloc_getDefault());
     }
 }
 

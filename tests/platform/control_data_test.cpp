@@ -106,6 +106,9 @@ TEST(ControlData, OfTheUnitBlockIsAsTheFacilityExpectsIt)
         EXPECT_THAT(text(2), testing::MatchesRegex("[0-9][0-9]:[0-9][0-9]:[0-9][0-9]"));
         EXPECT_STREQ(text(3), "DOV610");
         EXPECT_STREQ(text(4), "*");
+        const char *version = nullptr; // what the last entry's value begins with
+        std::memcpy(&version, seen.unit->entries[5].value, sizeof version);
+        EXPECT_THAT(version, testing::MatchesRegex("libdov0610 [0-9]+\\.[0-9]+\\.[0-9]+"));
     }
 }
 

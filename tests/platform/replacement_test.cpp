@@ -1,15 +1,19 @@
 // A host that defines a platform operation replaces the library's own: here the basic services.
 #include "dov0610.h"
 
+#include <atomic>
+#include <chrono>
 #include <cstring>
 #include <gtest/gtest.h>
+#include <thread>
 
 namespace {
 
-const char *askedFor = nullptr;
-int32_t locksInitialized = 0;
-int32_t locksTaken = 0;
-int32_t locksReleased = 0;
+std::atomic<const char *> askedFor = nullptr;
+std::atomic<int32_t> locksInitialized = 0;
+std::atomic<int32_t> locksTaken = 0;
+std::atomic<int32_t> locksReleased = 0;
+std::atomic<bool> initializationWaits = false;
 int32_t threadNumber = 0;
 int32_t exits = 0;
 int32_t exitsUnderALock = 0;
@@ -25,6 +29,9 @@ extern "C" const char *PLT1_GetEnv(const char *name, int32_t reserved)
 extern "C" void PLT1_InitializeLock(PLT1_Lock * /*lock*/)
 {
     ++locksInitialized;
+    while (initializationWaits) {
+        std::this_thread::yield();
+    }
 }
 
 extern "C" void PLT1_GetLock(PLT1_Lock * /*lock*/)
@@ -58,7 +65,7 @@ extern "C" void TRC1_Event(TRC1_EntryBlock *block, int32_t /*line*/, int32_t kin
 TEST(Replacement, OfTheEnvironmentIsUsed)
 {
     EXPECT_STREQ(DOV0_GetEnv("HOST_VARIABLE", nullptr), "from the host");
-    EXPECT_STREQ(askedFor, "HOST_VARIABLE");
+    EXPECT_STREQ(askedFor.load(), "HOST_VARIABLE");
 }
 
 TEST(Replacement, OfTheLocksIsUsedAndEachIsInitializedOnce)
@@ -68,6 +75,31 @@ TEST(Replacement, OfTheLocksIsUsedAndEachIsInitializedOnce)
     EXPECT_EQ(locksInitialized, 1);
     EXPECT_EQ(locksTaken, 2);
     EXPECT_EQ(locksReleased, 2);
+}
+
+TEST(Replacement, OfTheLocksIsNotUsedBeforeItIsInitialized)
+{
+    initializationWaits = true;
+    std::atomic<int> begun = 0;
+    const auto use = [&] {
+        ++begun;
+        EXPECT_EQ(DOV0_GetEnv("HOST_OTHER", nullptr), nullptr);
+    };
+    std::thread first(use);
+    while (locksInitialized == 0) {
+        std::this_thread::yield();
+    }
+    std::thread second(use);
+    while (begun < 2) {
+        std::this_thread::yield();
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(50)); // the second comes to the lock meanwhile
+    EXPECT_EQ(locksTaken, 0);
+    initializationWaits = false;
+    first.join();
+    second.join();
+    EXPECT_EQ(locksInitialized, 1);
+    EXPECT_EQ(locksTaken, 2);
 }
 
 TEST(Replacement, OfTheThreadIdentityIsAskedAtEachCall)

@@ -1,7 +1,9 @@
 // How messages, events and dumps are laid out, and where they go.
 #include "platform/trace_file.h"
 
+#include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <random>
@@ -333,6 +335,57 @@ TEST_F(TraceOutput, LeavesErrnoAlone)
     EXPECT_EQ(errno, EPERM);
 }
 
+TEST_F(TraceOutput, LeavesErrnoAloneWhenTheDeviceIsFull)
+{
+    ASSERT_EQ(TRC1_Configure("all", "/dev/full"), 0);
+    errno = EPERM;
+    TRC1_Printf(&host.block, 1, "x\n");
+    EXPECT_EQ(errno, EPERM);
+    TRC1_Event(&host.block, 1, TRC1_EVENT_ENTRY);
+    EXPECT_EQ(errno, EPERM);
+    TRC1_Dump(&host.block, 1, "x", 1, "%02.2X");
+    EXPECT_EQ(errno, EPERM);
+}
+
+// A descriptor that may not block is what a host's terminal or pipe can be.
+TEST_F(TraceOutput, WaitsForAReaderThatIsSlow)
+{
+    int ends[2];
+    ASSERT_EQ(pipe2(ends, O_NONBLOCK), 0);
+    const int standardError = dup(STDERR_FILENO);
+    ASSERT_EQ(TRC1_Configure("all", nullptr), 0);
+    ASSERT_EQ(dup2(ends[1], STDERR_FILENO), STDERR_FILENO);
+    const std::string text(1U << 20, 'w'); // more than a pipe holds
+    std::string read;
+    std::thread reader([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        fcntl(ends[0], F_SETFL, 0);
+        char piece[65536];
+        for (ssize_t count = 1; count > 0 && (read.empty() || read.back() != '\n');) {
+            count = ::read(ends[0], piece, sizeof piece);
+            read.append(piece, static_cast<size_t>(std::max<ssize_t>(count, 0)));
+        }
+    });
+    printed(text.c_str());
+    dup2(standardError, STDERR_FILENO);
+    close(standardError);
+    close(ends[1]); // lets a reader go that waits for what was given up
+    reader.join();
+    close(ends[0]);
+    const std::vector<TraceLine> lines = TraceFile::linesOf(read);
+    ASSERT_EQ(lines.size(), 1U);
+    EXPECT_EQ(lines[0].text, text);
+}
+
+TEST_F(TraceOutput, LetsWritesWaitWhateverTheDescriptor)
+{
+    close(STDIN_FILENO); // which the file then gets
+    ASSERT_EQ(TRC1_Configure("all", file.name().c_str()), 0);
+    EXPECT_EQ(fcntl(STDIN_FILENO, F_GETFL) & (O_NONBLOCK | O_APPEND), O_APPEND);
+    printed("x");
+    EXPECT_THAT(texts(), ElementsAre("x"));
+}
+
 TEST_F(TraceOutput, AppendsAndDoesNotReachAnotherProgram)
 {
     printed("first");
@@ -441,6 +494,16 @@ TEST(TraceEnvironment, LeavesNoFileAndSaysNothingWhereNothingIsTraced)
               (std::vector<std::string>{
                   "TRC1_Configure *****Error: DOV_TRACE_LIMIT <many> is not a number of megabytes. Ignored",
                   "HOST_Function a message all the same"}));
+}
+
+TEST(TraceEnvironment, OpensTheFileAtOnceWhereSomethingMayBeTraced)
+{
+    const TraceFile file;
+    file.nameInEnvironment();
+    setenv("DOV_TRACE", "2", 1);
+    DOV0_FreeStorage(nullptr);
+    EXPECT_TRUE(std::filesystem::exists(file.name()));
+    EXPECT_EQ(file.contents(), "");
 }
 
 TEST(TraceEnvironment, KeepsTheBoundWhenTheHostNamesTheFile)
@@ -590,9 +653,22 @@ TEST(TraceEnvironment, LetsSeveralProcessesShareABoundedFile)
     EXPECT_EQ(older + file.lines().size(), 1800U);
 }
 
+TEST(TraceEnvironment, TakesTheLargestBoundThatCountsInBytes)
+{
+    const TraceFile file;
+    file.nameInEnvironment();
+    setenv("DOV_TRACE_LIMIT", "17592186044415", 1);
+    setenv("DOV_TRACE", "error", 1);
+    DOV0_GetStorage(0);
+    DOV0_GetStorage(0);
+    EXPECT_EQ(file.lines().size(), 2U);
+    EXPECT_FALSE(std::filesystem::exists(file.name() + ".1"));
+}
+
 TEST(TraceEnvironment, ReportsABoundThatIsNoNumber)
 {
-    for (const char *limit : {"0", "-1", "1.5", "1M", "99999999999999999999"}) {
+    for (const char *limit :
+         {"0", "-1", "1.5", "1M", "17592186044416", "175921860444150", "99999999999999999999"}) {
         const pid_t child = fork(); // the environment is read once in a process
         if (child == 0) {
             const TraceFile file;

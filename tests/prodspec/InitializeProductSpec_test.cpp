@@ -261,6 +261,16 @@ TEST(InitializeProductSpec, NestsTheServicesThatItUses)
     EXPECT_EQ(entries, expected);
 }
 
+TEST(InitializeProductSpec, AsksWhetherAVersionIsAllFigures)
+{
+    const ProductSpecFile file({"PRODUCT_CODE=OV", "DP_TO_START=SNMP", "AGENT_VERSION=06100x",
+                                "AGENT_VERSION=6", "AGENT_VERSION=061000"});
+    EXPECT_EQ(
+        from("isNumeric", traceAt(Trace::Flow, [] { initialize(); })),
+        (TraceLog{entry("isNumeric"), leave("isNumeric", intptr_t{0}), // the second is too short to be asked
+                  entry("isNumeric"), leave("isNumeric", 1)}));
+}
+
 TEST(InitializeProductSpec, ConvertsTheProductCodeWhateverItHolds)
 {
     for (const char *const record : {"PRODUCT_CODE=NO", "PRODUCT_CODE=xy"}) {
@@ -398,10 +408,14 @@ TEST(InitializeProductSpec, ReportsThatNoFileNameCouldBeBuilt)
 {
     const ProductSpecFile file(Agent);
     uloc_getDefault(); // its first use needs the heap
-    const TraceLog log = traceOf(Function, Trace::All, [] { withoutHeap([] { initialize(); }); });
-    EXPECT_EQ(log,
-              failure({own(std::string("*****ERROR: Product Specification File open failed, ErrorText <") +
-                           std::strerror(ENOMEM) + ">\n")}));
+    const std::string text =
+        own(std::string("*****ERROR: Product Specification File open failed, ErrorText <") +
+            std::strerror(ENOMEM) + ">\n");
+    const auto call = [] { withoutHeap([] { initialize(); }); };
+    EXPECT_EQ(traceOf(Function, Trace::All, call), failure({text}));
+    EXPECT_EQ(traceOf(Function, Trace::Configuration, call), TraceLog{text});
+    EXPECT_EQ(traceOf(Function, Trace::All & ~(Trace::Configuration | Trace::Flow | Trace::Detail), call),
+              TraceLog{});
 }
 
 TEST(InitializeProductSpec, TakesTheDefaultNamesWhenTheEnvironmentHasNone)
@@ -491,6 +505,20 @@ TEST(InitializeProductSpec, RefusesAPackagedSolutionUnderTheAgentsFileName)
     unsetenv("DOV_PRODSPEC_NAME");
     EXPECT_EQ(initialize(), 1);
     unlink((folder + "/DOVPSF").c_str());
+}
+
+TEST(InitializeProductSpec, KeepsNothingOfAFailedAttempt)
+{
+    {
+        const ProductSpecFile file(Solution + std::vector<std::string>{"SUBNODE_AFF_FEAT=1", "DPLOG_NAME=x"});
+        EXPECT_EQ(initialize(), 0); // after it was taken for a packaged solution
+    }
+    const ProductSpecFile file(Agent);
+    EXPECT_EQ(initialize(), 1);
+    EXPECT_EQ(queried(DOV0_PSF_PACKAGED_SOLUTION), "(unset)");
+    EXPECT_EQ(queried(DOV0_PSF_PRODUCT_NAME), "Omnia Agent");
+    EXPECT_EQ(queried(DOV0_PSF_DP_TO_START), "(unset)");
+    EXPECT_EQ(queried(DOV0_PSF_SUBNODE_AFF_FEAT), "00100000000");
 }
 
 TEST(InitializeProductSpec, LetsTheAgentNameItsOwnFile)

@@ -156,6 +156,14 @@ TEST(UpdateProductSpec, TakesTheValueThatItReplaces)
     EXPECT_EQ(DOV0_UpdateProductSpec(DOV0_PSF_PRODUCT_NAME, DOV0_QueryProductSpec(DOV0_PSF_PRODUCT_NAME) + 6),
               1);
     EXPECT_EQ(queried(DOV0_PSF_PRODUCT_NAME), "Agent");
+    const std::string name(100, 'n');
+    EXPECT_EQ(DOV0_UpdateProductSpec(DOV0_PSF_PRODUCT_NAME, name.c_str()), 1);
+    for (const size_t from : {0U, 99U, 100U}) { // all of it, the last character, its end
+        const char *old = DOV0_QueryProductSpec(DOV0_PSF_PRODUCT_NAME);
+        EXPECT_EQ(DOV0_UpdateProductSpec(DOV0_PSF_PRODUCT_NAME, old + from), 1);
+        EXPECT_EQ(queried(DOV0_PSF_PRODUCT_NAME), name.substr(from));
+        EXPECT_EQ(DOV0_UpdateProductSpec(DOV0_PSF_PRODUCT_NAME, name.c_str()), 1);
+    }
 }
 
 TEST(UpdateProductSpec, ChangesTheMarkOfAPackagedSolution)

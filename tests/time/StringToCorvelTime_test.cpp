@@ -4,6 +4,7 @@
 #include "support/trace_recorder.h"
 #include "time/free_form_model.h"
 
+#include <algorithm>
 #include <random>
 
 namespace {
@@ -107,6 +108,37 @@ TEST(StringToCorvelTime, ReadsAMonthNameInANumericDate)
              Case{"10:20:30 JAN/15/2024", "1240015102030000"}, // the blanked time stands before the name
          }) {
         EXPECT_EQ(timestampOf(c.text), c.timestamp) << c.text;
+    }
+}
+
+// In a numeric date any part of a month's name stands for the first month that it is in; among words it must have more
+// than three letters, or be the first three and whatever follows.
+TEST(StringToCorvelTime, KnowsEveryPartOfEveryMonth)
+{
+    const std::string months[] = {"JANUARY", "FEBRUARY", "MARCH",     "APRIL",   "MAY",      "JUNE",
+                                  "JULY",    "AUGUST",   "SEPTEMBER", "OCTOBER", "NOVEMBER", "DECEMBER"};
+    const auto first = [&](const auto &isNamed) {
+        const auto found = std::find_if(std::begin(months), std::end(months), isNamed);
+        const auto month = found != std::end(months) ? found - std::begin(months) + 1 : 0;
+        return (month < 10 ? "0" : "") + std::to_string(month);
+    };
+    for (const std::string &name : months) {
+        for (size_t from = 0; from < name.size(); ++from) {
+            for (size_t length = 1; length <= name.size() - from; ++length) {
+                const std::string part = name.substr(from, length);
+                EXPECT_EQ(timestampOf(part + "/05/2024"), "124" + first([&](const std::string &month) {
+                                                              return month.find(part) != month.npos;
+                                                          }) + "05000000000")
+                    << part;
+                if (length > 3) {
+                    EXPECT_EQ(timestampOf(part + " 5 2024"), "124" + first([&](const std::string &month) {
+                                                                 return month.find(part) != month.npos ||
+                                                                        month.compare(0, 3, part, 0, 3) == 0;
+                                                             }) + "05000000000")
+                        << part;
+                }
+            }
+        }
     }
 }
 

@@ -200,8 +200,8 @@ def compiles(build):
     return run("cmake", "--build", build, "--parallel", "2", "--target", "dov0610").returncode == 0
 
 
-def try_mutant(mutant, patterns, original):
-    """One of killed, survived, dropped, and what killed it."""
+def try_mutant(mutant, patterns, original, listed):
+    """One of killed, equivalent, survived, dropped, and what killed it or why."""
     target = TREE / mutant.file
     text = target.read_text()
     lines = text.split("\n")
@@ -221,6 +221,8 @@ def try_mutant(mutant, patterns, original):
         passed, killer = passes(BUILD, "-L", labels_of(mutant.file))
         if not passed:
             return "killed", killer
+        if key(mutant) in listed:
+            return "equivalent", listed[key(mutant)]
         if not compiles(SANITIZED_BUILD):
             return "dropped", "does not compile with the sanitizers"
         passed, killer = passes(SANITIZED_BUILD, "-L", labels_of(mutant.file))
@@ -276,9 +278,7 @@ def main():
             if counted >= wanted:
                 break
             start = time.monotonic()
-            outcome, detail = try_mutant(mutant, patterns, original)
-            if outcome == "survived" and key(mutant) in listed:
-                outcome, detail = "equivalent", listed[key(mutant)]
+            outcome, detail = try_mutant(mutant, patterns, original, listed)
             counted += outcome != "dropped"
             results.append({**mutant._asdict(), "outcome": outcome, "detail": detail})
             print(f"{name} {counted}: {outcome} {mutant.kind} {mutant.file}:{mutant.line + 1} {detail}"

@@ -61,6 +61,7 @@ TEST(TraceLevels, HaveNumbers)
         {"192", 192},
         {"0xC0", 0xC0},
         {"0X1f", 0x1F},
+        {"0x5", 5},
         {"007", 7},
         {"4294967295", 0xFFFFFFFFLL},
         {"0xFFFFFFFF", 0xFFFFFFFFLL},

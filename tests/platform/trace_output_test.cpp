@@ -230,7 +230,8 @@ TEST_F(TraceOutput, DumpsWholeLinesOnlyOnce)
 TEST_F(TraceOutput, DumpsWithTheItemFormatAndNoControlCharacters)
 {
     TRC1_Dump(&host.block, 9, "a\nb\0", 4, "%c");
-    EXPECT_THAT(texts(), ElementsAre("0000: a . b "));
+    TRC1_Dump(&host.block, 9, " \x1F\x7F~", 4, "%c"); // a blank is none
+    EXPECT_THAT(texts(), ElementsAre("0000: a . b ", "0000:   . . ~"));
 }
 
 TEST_F(TraceOutput, DumpsNothingInOneLine)

@@ -98,7 +98,7 @@ int32_t codepageOf(const char *converterName, int32_t &status) noexcept
     }
     int32_t number = numberBehind("ibm-", standardName(converterName, "IBM"));
     if (number == 0) {
-        number = windowsNumber != 0 ? windowsNumber : numberInAliases(converterName);
+        number = numberInAliases(converterName);
     }
     if (number == 0) {
         status = U_UNSUPPORTED_ERROR;

@@ -15,6 +15,7 @@
 #include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
+#include <utility>
 
 namespace {
 
@@ -228,6 +229,25 @@ TEST(OpenLocalSocket, TracesItsCallsInOrder)
                   text("UDP socket %d bound to port %d\n", descriptor, port), entry("DOV0_SetSocketIoctl"),
                   leave("DOV0_SetSocketIoctl", intptr_t{0}), leave(Function, descriptor)}));
     close(descriptor);
+}
+
+TEST(OpenLocalSocket, TracesItsTwoSwitchesInTheirOrder)
+{
+    setLocalName("127.0.0.1");
+    sockaddr_in local = {};
+    int32_t error = 0;
+    close(DOV0_OpenLocalSocket(2, 0, &local, 0, &error, 0)); // the first finds the host's own address out
+    for (const auto &[noReuse, anyAddress] : {std::pair{0, 1}, std::pair{1, 0}, std::pair{-7, 8}}) {
+        int32_t descriptor = -1;
+        const TraceLog log =
+            traceOf(Function, Trace::Detail, [&, noReuse = noReuse, anyAddress = anyAddress] {
+                descriptor = DOV0_OpenLocalSocket(2, 0, &local, noReuse, &error, anyAddress);
+            });
+        close(descriptor);
+        ASSERT_FALSE(log.empty());
+        EXPECT_EQ(log[0], text("Input parm: Type=%d, Port=%d, LocalAddr=@%p, SockNoReuse=%d, InAddrAny=%d\n",
+                               2, 0, static_cast<void *>(&local), noReuse, anyAddress));
+    }
 }
 
 TEST(OpenLocalSocket, TakesTheLowSixteenBitsOfThePort)

@@ -77,6 +77,7 @@ TEST(ConvertUTF8ToNative, LooksUpTheDefaultCodePageWhenTheLocaleHasNone)
                         message(Function, "Obtained codepage ID %d for <%s>\n", 1208, ucnv_getDefaultName()),
                         dump(Function, Street.data(), 7), calling(1208, 7, 7), converted(1208, 7), freeing(),
                         leave(Function, intptr_t{7})}));
+    EXPECT_EQ(bitsThatShow(log[1], [&] { convert(output.text(), 7); }), Trace::Detail);
 }
 
 TEST(ConvertUTF8ToNative, GoesOnWithWhatTheFailedLookUpStored)

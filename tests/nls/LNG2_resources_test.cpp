@@ -114,6 +114,20 @@ TEST(LNG2_ResourceOpen, ReadsABundleFromItsFilesOnce)
     }
 }
 
+TEST(LNG2_ResourceOpen, NeedsNothingForABundleThatItKeeps)
+{
+    const MessageFolder messages;
+    messages.add("root", "A { \"root A\" }");
+    EXPECT_EQ(fetched(messages.bundle(), "de", "A"), "root A");
+    const std::string path = messages.bundle();
+    Locale locale("de");
+    int32_t status = -1;
+    LNG2_ResourceBundle *bundle = nullptr;
+    EXPECT_EQ(heapRequestsOf([&] { bundle = LNG2_ResourceOpen(path.c_str(), &locale, &status); }), 0);
+    ASSERT_NE(bundle, nullptr);
+    LNG2_ResourceClose(bundle);
+}
+
 TEST(LNG2_ResourceOpen, KeepsABoundedNumberOfBundles)
 {
     const MessageFolder messages;

@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <climits>
+#include <cstring>
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <random>
@@ -562,6 +564,25 @@ TEST(TraceEnvironment, BoundsTheFile)
     const std::vector<TraceLine> newerLines = TraceFile::linesOf(newer);
     EXPECT_EQ(newerLines.back().line, 2499);
     EXPECT_EQ(newerLines.front().line, olderLines.back().line + 1) << "no message is lost at the change";
+}
+
+TEST(TraceEnvironment, RenamesAFileOfTheLongestNameThatHasRoomForTheSuffix)
+{
+    const TraceFile file;
+    std::string name = file.directory().string() + "/";
+    while (name.size() < PATH_MAX - 1 - std::strlen("trace.log.1")) {
+        name += (PATH_MAX - 1 - std::strlen("trace.log.1") - name.size()) % 2 != 0 ? "/" : "./";
+    }
+    name += "trace.log";
+    ASSERT_EQ(name.size() + 2, PATH_MAX - 1U);
+    setenv("DOV_TRACE_FILE", name.c_str(), 1);
+    setenv("DOV_TRACE_LIMIT", "1", 1);
+    HostFunction host("hostfile", "HOST_Function");
+    TRC1_Printf(&host.block, 1, "first\n");
+    ASSERT_EQ(truncate(file.name().c_str(), 1024 * 1024), 0);
+    TRC1_Printf(&host.block, 2, "second\n");
+    EXPECT_EQ(file.texts(), std::vector<std::string>{"HOST_Function second"});
+    EXPECT_TRUE(std::filesystem::exists(file.name() + ".1"));
 }
 
 TEST(TraceEnvironment, AppendsToAFileBeyondTwoGigabytes)

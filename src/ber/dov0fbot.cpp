@@ -6,7 +6,11 @@
 namespace {
 
 // With a tag and a length field before it, a longer value would have a size that the result cannot tell.
-constexpr int32_t LongestValue = INT32_MAX - 6;
+constexpr bool isTooLong(int32_t length) noexcept
+{
+    return length > INT32_MAX - 6;
+}
+static_assert(!isTooLong(INT32_MAX - 6) && isTooLong(INT32_MAX - 5));
 
 } // namespace
 
@@ -20,7 +24,7 @@ extern "C" int32_t DOV0_FormatBERoctetstringType(unsigned char **cursor, unsigne
     // The predicates refuse no more than null, but tell the trace what they were asked.
     const bool isRoomGiven =
         DOV0_IsValidPointer(field) != 0 && length >= 1 && DOV0_IsValidBlockPointer(field) != 0;
-    if (!isRoomGiven || field == nullptr || data == nullptr || length > LongestValue) {
+    if (!isRoomGiven || field == nullptr || data == nullptr || isTooLong(length)) {
         TRACE(frame, Trace::Error, "*****Input parameter invalid @%p @%p %d\n", static_cast<void *>(field),
               static_cast<const void *>(data), length);
         return frame.leave<int32_t>(0);

@@ -10,6 +10,20 @@ namespace {
 // Room behind the field, as ever.
 constexpr int64_t SpareSize = 32;
 
+// Whether a field of this size has that room in a block.
+constexpr bool fitsABlock(int64_t size) noexcept
+{
+    return size <= INT32_MAX - SpareSize;
+}
+static_assert(fitsABlock(int64_t{INT32_MAX} - 32) && !fitsABlock(int64_t{INT32_MAX} - 31));
+
+// The size of a copy of a text; 0, which is refused, where no block holds it.
+constexpr int32_t copySize(size_t length) noexcept
+{
+    return length < INT32_MAX ? static_cast<int32_t>(length + 1) : 0;
+}
+static_assert(copySize(INT32_MAX - 1) == INT32_MAX && copySize(INT32_MAX) == 0);
+
 struct Elements {
     int64_t first = 0;
     int64_t second = 0;
@@ -89,7 +103,7 @@ unsigned char *encode(const Frame &frame, const char *text, char *copy, size_t l
               static_cast<int32_t>(elements.second));
         return nullptr;
     }
-    if (size > INT32_MAX - SpareSize) {
+    if (!fitsABlock(size)) {
         return nullptr;
     }
     auto *field = static_cast<unsigned char *>(DOV0_GetStorage(static_cast<int32_t>(size + SpareSize)));
@@ -132,14 +146,13 @@ extern "C" int32_t DOV0_FormatOIDfromString(const char *text, unsigned char **be
     int32_t size = 0;
     const size_t length = text != nullptr ? std::strlen(text) : 0;
     if (length > 0 && berOut != nullptr && sizeOut != nullptr) {
-        const int32_t copySize = length < INT32_MAX ? static_cast<int32_t>(length + 1) : 0; // 0 is refused
-        auto *copy = static_cast<char *>(DOV0_GetStorage(copySize));
+        auto *copy = static_cast<char *>(DOV0_GetStorage(copySize(length)));
         if (copy != nullptr) {
             std::memcpy(copy, text, length + 1);
             field = encode(frame, text, copy, length, size);
             DOV0_FreeStorage(&copy);
         } else {
-            TRACE(frame, Trace::Error, "***** Unable to allocate %d bytes for OIDstring\n", copySize);
+            TRACE(frame, Trace::Error, "***** Unable to allocate %d bytes for OIDstring\n", copySize(length));
         }
     }
     if (field == nullptr) {

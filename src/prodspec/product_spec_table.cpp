@@ -74,6 +74,13 @@ char *asOwned(const char *value) noexcept
     return isSharedConstant(value) ? nullptr : const_cast<char *>(value);
 }
 
+// What no block can hold is asked for as -1, so that it is refused like any other invalid size.
+constexpr int32_t textBlockSize(size_t length) noexcept
+{
+    return length < INT32_MAX ? static_cast<int32_t>(length) + 1 : -1;
+}
+static_assert(textBlockSize(INT32_MAX - 1) == INT32_MAX && textBlockSize(INT32_MAX) == -1);
+
 // Whether a text is another one or begins inside it.
 bool isPartOf(const char *whole, const char *text) noexcept
 {
@@ -120,8 +127,7 @@ bool copyProductSpecValue(int32_t index, const char *text) noexcept
 
 char *getTextStorage(size_t length) noexcept
 {
-    // What no block can hold is asked for as -1, so that it is refused like any other invalid size.
-    return static_cast<char *>(DOV0_GetStorage(length < INT32_MAX ? static_cast<int32_t>(length) + 1 : -1));
+    return static_cast<char *>(DOV0_GetStorage(textBlockSize(length)));
 }
 
 bool isSharedConstant(const char *value) noexcept

@@ -8,7 +8,7 @@
 
 namespace {
 
-enum WorkFilePathState : int32_t { Unsettled = 0, Settled = 1, BeingStored = 2 };
+enum WorkFilePathState : int32_t { Unsettled, Settled, BeingStored };
 
 constinit char workFilePath[DOV0_PATH_NAME_SIZE];
 constinit std::atomic<int32_t> workFilePathInit = Unsettled;

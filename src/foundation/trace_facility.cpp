@@ -39,9 +39,8 @@ bool readMegabytes(const char *text, uint64_t &bytes) noexcept
         if (*digit < '0' || *digit > '9') {
             return false;
         }
-        megabytes = megabytes * 10 +
-                    static_cast<uint64_t>(*digit - '0'); // of one digit more than it may have, at most
-        if (megabytes > Most) {
+        megabytes = megabytes * 10 + static_cast<uint64_t>(*digit - '0');
+        if (megabytes > Most) { // at every digit, before the next could pass 64 bits
             return false;
         }
     }

@@ -4,11 +4,13 @@
 
 #include "dov0610.h"
 
+#include <cerrno>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <gtest/gtest.h>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -105,5 +107,17 @@ struct HostFunction {
     {
     }
 };
+
+// Each operation that writes must leave errno as its caller had it, whatever it meets.
+inline void expectErrnoKept(TRC1_EntryBlock &block)
+{
+    errno = EPERM;
+    TRC1_Printf(&block, 1, "x\n");
+    EXPECT_EQ(errno, EPERM);
+    TRC1_Event(&block, 1, TRC1_EVENT_ENTRY);
+    EXPECT_EQ(errno, EPERM);
+    TRC1_Dump(&block, 1, "x", 1, "%02.2X");
+    EXPECT_EQ(errno, EPERM);
+}
 
 #endif

@@ -327,13 +327,7 @@ TEST_F(TraceOutput, KeepsTheLinesOfADumpTogether)
 
 TEST_F(TraceOutput, LeavesErrnoAlone)
 {
-    errno = EPERM;
-    TRC1_Printf(&host.block, 1, "x\n");
-    EXPECT_EQ(errno, EPERM);
-    TRC1_Event(&host.block, 1, TRC1_EVENT_ENTRY);
-    EXPECT_EQ(errno, EPERM);
-    TRC1_Dump(&host.block, 1, "x", 1, "%02.2X");
-    EXPECT_EQ(errno, EPERM);
+    expectErrnoKept(host.block);
     TRC1_Sync(&host.block);
     EXPECT_EQ(errno, EPERM);
     EXPECT_EQ(TRC1_Configure("error", "/nonexistent/folder/file"), -1);
@@ -343,13 +337,7 @@ TEST_F(TraceOutput, LeavesErrnoAlone)
 TEST_F(TraceOutput, LeavesErrnoAloneWhenTheDeviceIsFull)
 {
     ASSERT_EQ(TRC1_Configure("all", "/dev/full"), 0);
-    errno = EPERM;
-    TRC1_Printf(&host.block, 1, "x\n");
-    EXPECT_EQ(errno, EPERM);
-    TRC1_Event(&host.block, 1, TRC1_EVENT_ENTRY);
-    EXPECT_EQ(errno, EPERM);
-    TRC1_Dump(&host.block, 1, "x", 1, "%02.2X");
-    EXPECT_EQ(errno, EPERM);
+    expectErrnoKept(host.block);
 }
 
 // A descriptor that may not block is what a host's terminal or pipe can be.

@@ -3,7 +3,6 @@
 #include "support/heap_faults.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <gmock/gmock.h>
 
 using testing::ElementsAre;
@@ -73,15 +72,7 @@ TEST_F(TraceStorage, LeavesErrnoAlone)
 {
     const std::string lengthy(5000, 'f');
     HostFunction longName("hostfile", lengthy.c_str());
-    withoutHeap([&] {
-        errno = EPERM;
-        TRC1_Event(&longName.block, 1, TRC1_EVENT_ENTRY);
-        EXPECT_EQ(errno, EPERM);
-        TRC1_Printf(&longName.block, 2, "x\n");
-        EXPECT_EQ(errno, EPERM);
-        TRC1_Dump(&longName.block, 3, "x", 1, "%02.2X");
-        EXPECT_EQ(errno, EPERM);
-    });
+    withoutHeap([&] { expectErrnoKept(longName.block); });
     const std::string written = file.contents();
     EXPECT_EQ(std::count(written.begin(), written.end(), '\n'), 3); // each cut in the name
 }

@@ -510,7 +510,7 @@ TEST(InitializeProductSpec, RefusesAPackagedSolutionUnderTheAgentsFileName)
 TEST(InitializeProductSpec, KeepsNothingOfAFailedAttempt)
 {
     {
-        const ProductSpecFile file(Solution + std::vector<std::string>{"SUBNODE_AFF_FEAT=1", "DPLOG_NAME=x"});
+        const ProductSpecFile file(Solution + std::vector<std::string>{"SUBNODE_AFF_FEAT=1"});
         EXPECT_EQ(initialize(), 0); // after it was taken for a packaged solution
     }
     const ProductSpecFile file(Agent);
